@@ -1,0 +1,61 @@
+# belfry_library(NAME FOLDER CLASSES class... [USES library...] [HIDES library...])
+#
+# One step of the house as a static library. CLASSES are the base names of its files in src/FOLDER
+# (a .h, a .cpp or both). USES is what its headers show, HIDES what only its sources use.
+#
+# Includes name folder and file ("store/Plan.h"). Each library gets an include folder of its own that
+# holds links to just its own headers, so that a source sees exactly the libraries that it uses: an
+# include that goes against the order of the layers does not compile.
+function(belfry_library name folder)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "CLASSES;USES;HIDES")
+    set(visible ${PROJECT_BINARY_DIR}/include/${name})
+    file(REMOVE_RECURSE ${visible})
+    file(MAKE_DIRECTORY ${visible}/${folder})
+    add_library(${name} STATIC)
+    set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX) # also where moc makes the only source
+    foreach(class IN LISTS ARG_CLASSES)
+        set(stem ${PROJECT_SOURCE_DIR}/src/${folder}/${class})
+        foreach(ending h cpp)
+            if(EXISTS ${stem}.${ending})
+                target_sources(${name} PRIVATE ${stem}.${ending})
+            endif()
+        endforeach()
+        if(EXISTS ${stem}.h)
+            file(CREATE_LINK ${stem}.h ${visible}/${folder}/${class}.h SYMBOLIC)
+        endif()
+    endforeach()
+    target_include_directories(${name} PUBLIC ${visible})
+    target_link_libraries(${name} PUBLIC belfry_options ${ARG_USES} PRIVATE ${ARG_HIDES})
+endfunction()
+
+# belfry_test(FILE [LIBRARY...])
+#
+# The Qt Test program tests/FILE.cpp as a CTest test of that name. Each run gets a fixed zone and
+# locale, no display and no sound server.
+function(belfry_test file)
+    get_filename_component(name ${file} NAME)
+    add_executable(${name} ${file}.cpp)
+    target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+    target_compile_definitions(${name} PRIVATE
+        BELFRY_RESOURCES="${PROJECT_BINARY_DIR}/resources"
+        BELFRY_SCHEMA="${PROJECT_SOURCE_DIR}/resources/schema.sql")
+    add_dependencies(${name} resources)
+    target_link_libraries(${name} PRIVATE belfry_options Qt6::Test ${ARGN})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test")
+endfunction()
+
+# belfry_layer_test(LIBRARY HEADER)
+#
+# A test that a source which uses LIBRARY cannot include HEADER, which belongs to a layer above it.
+function(belfry_layer_test library header)
+    string(MAKE_C_IDENTIFIER "${library}_without_${header}" name)
+    file(CONFIGURE OUTPUT ${name}.cpp CONTENT "#include \"${header}\"\n")
+    add_library(${name} OBJECT EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+    target_link_libraries(${name} PRIVATE ${library})
+    add_test(NAME ${name} COMMAND ${CMAKE_COMMAND} --build ${PROJECT_BINARY_DIR} --target ${name})
+    set_tests_properties(${name} PROPERTIES
+        PASS_REGULAR_EXPRESSION "${header}: No such file|'${header}' file not found" RESOURCE_LOCK build)
+endfunction()

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+/// The platform log and standard output, one line at a time.
+///
+/// A reader that has gone away or does not read any more costs the line, never the program: nothing
+/// here waits, and nothing here fails.
+namespace Log {
+
+/// Writes a line to standard error, behind a time stamp, the program's name and its process id.
+void write(const QString &line);
+
+/// Writes a line to standard output, just as it is, and flushes it.
+void print(const QString &line);
+
+using Sink = std::function<void(const QString &line)>;
+
+/// Sends what write() is given to `sink` instead of standard error; an empty sink restores that.
+/// For tests, which look at what was logged.
+void setSink(Sink sink);
+
+} // namespace Log
