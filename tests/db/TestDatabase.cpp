@@ -1,0 +1,384 @@
+#include "db/FMDatabase.h"
+#include "db/FMResultSet.h"
+#include "db/FMStatement.h"
+#include "support/LogCapture.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sqlite3.h>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+using OptionalString = std::optional<QString>;
+Q_DECLARE_METATYPE(OptionalString)
+
+namespace {
+
+const QVariant nullMarker = QVariant::fromValue(nullptr);
+const QString misuse = u"Error calling sqlite3_step (21: out of memory) rs"_s;
+
+QStringList column(FMDatabase &db, const QString &sql)
+{
+    QStringList texts;
+    const auto rows = db.executeQuery(sql, {});
+    while (rows && rows->next())
+        texts << rows->stringForColumnIndex(0).value_or(u"absent"_s);
+    return texts;
+}
+
+} // namespace
+
+// Each test begins with an open database in memory, `db`, and an empty log.
+class TestDatabase final : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::shared_ptr<FMDatabase> db;
+    std::unique_ptr<LogCapture> log;
+    std::unique_ptr<QTemporaryDir> folder;
+
+    QString description() const { return u"<FMDatabase: 0x%1>"_s.arg(quintptr(db.get()), 0, 16); }
+    QString filePath() const { return folder->filePath(u"Schüler 'A' 100%1 数据 ♪.db"_s); }
+
+    std::shared_ptr<FMDatabase> openFile() const
+    {
+        auto file = FMDatabase::databaseWithPath(filePath());
+        return file->open() ? file : nullptr;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>();
+        log = std::make_unique<LogCapture>();
+        db = FMDatabase::databaseWithPath(std::nullopt);
+        QVERIFY(db->open());
+    }
+    void cleanup() { log = nullptr; }
+
+    void open_twice_keepsTheConnection()
+    {
+        QVERIFY(db->executeStatements(u"create table t (a)"_s));
+        QVERIFY(db->open());
+        QVERIFY(db->executeStatements(u"insert into t values (1)"_s));
+    }
+
+    void open_missingFolder_failsUntilItIsThere()
+    {
+        const auto file = FMDatabase::databaseWithPath(folder->filePath(u"later/data.db"_s));
+        QVERIFY(!file->open());
+        QVERIFY(!file->isOpen());
+        QCOMPARE(log->takeLines(), {u"error opening!: 14"_s});
+        QVERIFY(QDir(folder->path()).mkdir(u"later"_s));
+        QVERIFY(file->open());
+        QVERIFY(file->isOpen());
+        QCOMPARE(log->lines(), {});
+    }
+
+    void open_fileThatIsNoDatabase_leavesItUnchanged()
+    {
+        const QByteArray content = QByteArray("These are no plans. ").repeated(100);
+        QFile file(filePath());
+        QVERIFY(file.open(QFile::ReadWrite));
+        file.write(content);
+        file.seek(0);
+        db = openFile();
+        QVERIFY(!db->executeStatements(u"create table t (a)"_s));
+        QVERIFY(!db->executeQuery(u"select * from t"_s, {}));
+        QCOMPARE(log->lines(), QStringList({u"Error inserting batch: file is not a database"_s,
+                                            u"DB Error: 26 \"file is not a database\""_s,
+                                            u"DB Query: select * from t"_s, u"DB Path: "_s + filePath()}));
+        QCOMPARE(file.readAll(), content);
+    }
+
+    void close_finalizesLeakedStatements()
+    {
+        sqlite3_stmt *leaked = nullptr;
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(sqlite3_prepare_v2(db->sqliteHandle(), "select 1", -1, &leaked, nullptr), SQLITE_OK);
+        QVERIFY(db->close());
+        QCOMPARE(log->lines(), QStringList(2, u"Closing leaked statement"_s));
+        QVERIFY(!db->isOpen() && !db->sqliteHandle());
+        QVERIFY(db->close());
+    }
+
+    void closedConnection_refuses()
+    {
+        db->close();
+        QVERIFY(!db->executeQuery(u"select 1"_s, {}));
+        QCOMPARE(log->lines(), {u"The FMDatabase %1 is not open."_s.arg(description())});
+        QVERIFY(!db->executeStatements(u"select 1"_s));
+    }
+
+    void query_failure_isLoggedAndLeavesTheConnectionUsable_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QVariantList>("arguments");
+        QTest::addColumn<bool>("logsErrors");
+        QTest::addColumn<QStringList>("lines");
+        const QString select = u"select * from t"_s;
+        QTest::newRow("missing table") << select << QVariantList() << true
+                                       << QStringList{u"DB Error: 1 \"no such table: t\""_s,
+                                                      u"DB Query: select * from t"_s, u"DB Path: (null)"_s};
+        QTest::newRow("missing table, unlogged") << select << QVariantList() << false << QStringList();
+        QTest::newRow("too few arguments")
+            << u"select ?, ?"_s << QVariantList{1} << true
+            << QStringList{u"Error: the bind count is not correct for the # of variables (executeQuery)"_s};
+        QTest::newRow("argument over the length limit")
+            << u"select ?"_s << QVariantList{QByteArray(200, 'x')} << true
+            << QStringList{u"Error: unable to bind (18, string or blob too big"_s};
+    }
+    void query_failure_isLoggedAndLeavesTheConnectionUsable()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QVariantList, arguments);
+        QFETCH(bool, logsErrors);
+        sqlite3_limit(db->sqliteHandle(), SQLITE_LIMIT_LENGTH, 100);
+        db->setLogsErrors(logsErrors);
+        QVERIFY(!db->executeQuery(sql, arguments));
+        QTEST(log->lines(), "lines");
+        QVERIFY(!sqlite3_next_stmt(db->sqliteHandle(), nullptr));
+        QCOMPARE(column(*db, u"select 7"_s), {u"7"_s});
+    }
+
+    void query_withinAnother_isRefused()
+    {
+        QStringList lines;
+        Log::setSink([&](const QString &line) {
+            lines << line;
+            if (lines.size() == 1 && db->executeQuery(u"select 2"_s, {}))
+                lines << u"ran"_s;
+        });
+        db->setTraceExecution(true);
+        const QVariantList arguments = {u"a"_s, QByteArray("abc"), nullMarker, 5, u"one too many"_s};
+        const auto rows = db->executeQuery(u"select ?, ?, ?, ?"_s, arguments);
+        QVERIFY(rows && rows->next());
+        QCOMPARE(lines, QStringList({description() + u" executeQuery: select ?, ?, ?, ?"_s,
+                                     u"The FMDatabase %1 is currently in use."_s.arg(description()),
+                                     u"obj: a"_s, u"data: 3 bytes"_s, u"obj: <null>"_s, u"obj: 5"_s}));
+    }
+
+    void query_argumentsReachTheRow_data()
+    {
+        QTest::addColumn<QVariant>("argument");
+        QTest::addColumn<QVariant>("object");
+        QTest::addColumn<OptionalString>("text");
+        const auto row = [](const char *name, const QVariant &argument, const QVariant &object,
+                            const OptionalString &text) {
+            QTest::newRow(name) << argument << object << text;
+        };
+        row("absent", QVariant(), nullMarker, std::nullopt);
+        row("null marker", nullMarker, nullMarker, std::nullopt);
+        row("signed char", QVariant::fromValue<signed char>(-128), -128LL, u"-128"_s);
+        row("plain char", QVariant::fromValue<char>(65), 65LL, u"65"_s);
+        row("unsigned char", QVariant::fromValue<uchar>(255), 255LL, u"255"_s);
+        row("short", QVariant::fromValue<short>(-32768), -32768LL, u"-32768"_s);
+        row("unsigned short", QVariant::fromValue<ushort>(65535), 65535LL, u"65535"_s);
+        row("int", -2147483647 - 1, -2147483648LL, u"-2147483648"_s);
+        row("unsigned int", 4294967295U, 4294967295LL, u"4294967295"_s);
+        row("long", QVariant::fromValue(-9000000000L), -9000000000LL, u"-9000000000"_s);
+        row("unsigned long", QVariant::fromValue(~0UL), -1LL, u"-1"_s);
+        row("long long", 9223372036854775807LL, 9223372036854775807LL, u"9223372036854775807"_s);
+        row("unsigned long long", ~0ULL, -1LL, u"-1"_s);
+        row("float", 0.1F, double(0.1F), u"0.100000001490116"_s);
+        row("double", 2.5, 2.5, u"2.5"_s);
+        row("boolean true", true, 1LL, u"1"_s);
+        row("boolean false", false, 0LL, u"0"_s);
+        row("bytes", QByteArray("a\0b", 3), QByteArray("a\0b", 3), u"a"_s);
+        row("no bytes", QByteArray(), nullMarker, u""_s);
+        row("moment", QDateTime::fromMSecsSinceEpoch(1500, Qt::UTC), 1.5, u"1.5"_s);
+        row("text", u"Schüler ♪ 𝄞 'x'"_s, u"Schüler ♪ 𝄞 'x'"_s, u"Schüler ♪ 𝄞 'x'"_s);
+        row("empty text", u""_s, u""_s, u""_s);
+        row("anything with a text", QDate(2024, 2, 29), u"2024-02-29"_s, u"2024-02-29"_s);
+    }
+    void query_argumentsReachTheRow()
+    {
+        QFETCH(QVariant, argument);
+        QFETCH(QVariant, object);
+        QFETCH(OptionalString, text);
+        const auto rows = db->executeQuery(u"select ? as a"_s, {argument});
+        QVERIFY(rows && rows->next());
+        const QVariant read = (*rows)[u"a"_s];
+        QCOMPARE(read.typeId(), object.typeId());
+        QCOMPARE(read, object);
+        QCOMPARE(rows->stringForColumn(u"a"_s), text);
+    }
+
+    void query_textIsReadOnlyWhenItIsUtf8_data()
+    {
+        QTest::addColumn<QString>("bytes");
+        QTest::addColumn<OptionalString>("text");
+        QTest::newRow("stray byte") << u"41FF42"_s << OptionalString();
+        QTest::newRow("cut-off letter at the end") << u"41C3"_s << OptionalString();
+        QTest::newRow("lone surrogate") << u"EDA080"_s << OptionalString();
+        QTest::newRow("real replacement character") << u"41EFBFBD"_s << OptionalString(u"A\uFFFD"_s);
+        QTest::newRow("byte order mark") << u"EFBBBF41"_s << OptionalString(u"\uFEFFA"_s);
+    }
+    void query_textIsReadOnlyWhenItIsUtf8()
+    {
+        QFETCH(QString, bytes);
+        QFETCH(OptionalString, text);
+        const auto rows = db->executeQuery(u"select cast(x'%1' as text) as a"_s.arg(bytes), {});
+        QVERIFY(rows && rows->next());
+        QCOMPARE(rows->stringForColumn(u"a"_s), text);
+        QCOMPARE((*rows)[u"a"_s], text ? QVariant(*text) : nullMarker);
+    }
+
+    void query_columnsAreFoundByNameInAnyCase()
+    {
+        const auto rows = db->executeQuery(u"select 'a' as Title, 'b' as ÄRA, 'c' as tITLE"_s, {});
+        QVERIFY(rows && rows->next());
+        QCOMPARE(rows->columnNameToIndexMap(), (FMResultSet::ColumnMap{{u"ära"_s, 1}, {u"title"_s, 2}}));
+        for (const QString &name : {u"title"_s, u"Title"_s, u"TITLE"_s})
+            QCOMPARE(rows->stringForColumn(name), u"c"_s);
+        QCOMPARE(rows->stringForColumn(u"Ära"_s), u"b"_s);
+    }
+
+    void query_missingColumn_isAbsent()
+    {
+        const auto rows = db->executeQuery(u"select 'a' as title"_s, {});
+        QVERIFY(rows && rows->next());
+        QCOMPARE(rows->columnIndexForName(u"Begin %1"_s), -1);
+        QCOMPARE(rows->stringForColumn(u"Begin %1"_s), std::nullopt);
+        QVERIFY(!(*rows)[u"Begin %1"_s].isValid());
+        QCOMPARE(log->lines(), QStringList(3, u"Warning: I could not find the column named 'begin %1'."_s));
+        for (const int index : {-1, 1}) {
+            QVERIFY(!rows->objectForColumnIndex(index).isValid());
+            QCOMPARE(rows->dataForColumnIndex(index), std::nullopt);
+        }
+    }
+
+    void resultSet_closesBehindTheLastRow()
+    {
+        const auto rows = db->executeQuery(u"values (1), (2), (3)"_s, {});
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(rows->next());
+        QCOMPARE(rows->statement()->useCount(), 1);
+        QVERIFY(rows->statement()->inUse() && db->hasOpenResultSets());
+        QVERIFY(!rows->next());
+        QVERIFY(!rows->statement() && !rows->parentDB() && !db->hasOpenResultSets());
+        QCOMPARE(log->lines(), {});
+
+        FMError error;
+        QVERIFY(!rows->nextWithError(&error));
+        QCOMPARE(log->lines(), {misuse});
+        QCOMPARE(error.domain, u"FMDatabase"_s);
+        QCOMPARE(error.code, SQLITE_MISUSE);
+        QCOMPARE(error.description, u"parentDB does not exist"_s);
+        QCOMPARE(rows->stringForColumnIndex(0), std::nullopt);
+    }
+
+    void resultSet_stepFailure_isToldApart_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("error") << u"select abs(-9223372036854775808)"_s << u"integer overflow"_s
+                               << u"Error calling sqlite3_step (1: integer overflow) rs"_s;
+        QTest::newRow("anything else")
+            << u"insert into t values (1)"_s << u"UNIQUE constraint failed: t.a"_s
+            << u"Unknown error calling sqlite3_step (19: UNIQUE constraint failed: t.a) rs"_s;
+    }
+    void resultSet_stepFailure_isToldApart()
+    {
+        QFETCH(QString, sql);
+        QVERIFY(db->executeStatements(u"create table t (a unique); insert into t values (1)"_s));
+        FMError error;
+        QVERIFY(!db->executeQuery(sql, {})->nextWithError(&error));
+        QTEST(error.description, "description");
+        QTEST(log->lines().join(u'|'), "line");
+        QVERIFY(!db->hasOpenResultSets());
+    }
+
+    void resultSet_keepsItsConnectionUntilEitherCloses()
+    {
+        const std::weak_ptr<FMDatabase> connection = db;
+        const auto rows = db->executeQuery(u"values (1), (2)"_s, {});
+        db = nullptr;
+        QVERIFY(rows->next());
+        FMDatabase &kept = *connection.lock();
+        QVERIFY(kept.close());
+        QVERIFY(connection.expired());
+        QVERIFY(!rows->next());
+        QCOMPARE(log->lines(), {misuse});
+    }
+
+    void script_stopsAtTheFirstFailure()
+    {
+        const QString sql = u"create table t (a); insert into t values ('ä'); insert into u values (1);"
+                            "insert into t values (2)"_s;
+        QVERIFY(!db->executeStatements(sql));
+        QCOMPARE(log->takeLines(), {u"Error inserting batch: no such table: u"_s});
+        QCOMPARE(column(*db, u"select a from t"_s), {u"ä"_s});
+        db->setLogsErrors(false);
+        QVERIFY(!db->executeStatements(sql));
+        QCOMPARE(log->lines(), {});
+    }
+
+    void script_handsItsRowsToTheBlock()
+    {
+        QList<QVariantHash> rows;
+        const auto keep = [&rows](const QVariantHash &row) {
+            rows << row;
+            return row.contains(u"stop"_s) ? 1 : 0;
+        };
+        QVERIFY(db->executeStatements(u"select 1 as a, null as b; values ('ä')"_s, keep));
+        QCOMPARE(rows,
+                 QList<QVariantHash>({{{u"a"_s, u"1"_s}, {u"b"_s, nullMarker}}, {{u"column1"_s, u"ä"_s}}}));
+        QVERIFY(!db->executeStatements(u"select 1 as stop; create table t (a)"_s, keep));
+        QCOMPARE(column(*db, u"select count(*) from sqlite_master"_s), {u"0"_s});
+    }
+
+    void lockedFile_isWaitedForAsLongAsSet_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::newRow("two seconds from the start") << 2.0;
+        QTest::newRow("a shorter time") << 0.2;
+        QTest::newRow("not at all") << 0.0;
+    }
+    void lockedFile_isWaitedForAsLongAsSet()
+    {
+        QFETCH(double, seconds);
+        const auto file = openFile(), other = openFile();
+        if (seconds != file->maxBusyRetryTimeInterval())
+            file->setMaxBusyRetryTimeInterval(seconds);
+        QVERIFY(file->executeStatements(u"create table t (a)"_s));
+        const auto rows = file->executeQuery(u"select * from t"_s, {});
+        QVERIFY(other->executeStatements(u"begin exclusive"_s));
+
+        FMError error;
+        QElapsedTimer waited;
+        waited.start();
+        QVERIFY(!rows->nextWithError(&error));
+        QVERIFY(waited.elapsed() >= qint64(seconds * 1000));
+        QCOMPARE(error.code, SQLITE_BUSY);
+        const QString line = u"-[FMResultSet internalStepWithError:]:186 Database busy (%1)"_s;
+        QCOMPARE(log->lines(), QStringList({line.arg(filePath()), u"Database busy"_s}));
+        QVERIFY(!file->hasOpenResultSets());
+        QVERIFY(other->executeStatements(u"commit"_s));
+        QVERIFY(file->executeStatements(u"insert into t values (1)"_s));
+    }
+
+    void lockedFile_releasedInTime_isWritten()
+    {
+        const auto file = openFile(), other = openFile();
+        file->setMaxBusyRetryTimeInterval(60);
+        QVERIFY(other->executeStatements(u"create table t (a); begin exclusive"_s));
+        std::thread release([&other] {
+            sqlite3_sleep(200);
+            other->executeStatements(u"commit"_s);
+        });
+        const bool isWritten = file->executeStatements(u"insert into t values ('a')"_s);
+        release.join();
+        QVERIFY(isWritten);
+        QCOMPARE(column(*file, u"select a from t"_s), {u"a"_s});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDatabase)
+#include "TestDatabase.moc"
