@@ -1,0 +1,97 @@
+#include "store/HistoryStore.h"
+
+#include "core/TimeText.h"
+#include "platform/Clock.h"
+#include "store/Records.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Stands in memory for the NULL that the table holds until the playback is finished.
+const QString unfinished = u"------"_s;
+
+QString insertStatement(const History &history)
+{
+    const QString separator = u"',\n        '"_s;
+    return u"        insert into history(\n"
+           "        id,\n"
+           "        title,\n"
+           "        begin\n"
+           "       ) values (\n"
+           "        '"_s +
+           history.id + separator + Records::quoted(history.title) + separator + history.begin +
+           u"'\n       )"_s;
+}
+
+} // namespace
+
+HistoryStore::HistoryStore(std::shared_ptr<FMDatabase> db, const Clock &clock, QObject *parent)
+    : ObservableObject(parent)
+    , db(std::move(db))
+    , clock(clock)
+{
+    loadHistory();
+}
+
+void HistoryStore::addHistory(const QString &title)
+{
+    curId = Records::newId();
+    const History entry{.id = curId,
+                        .title = title,
+                        .begin = TimeText::formatDate(clock.now(), TimeText::timestampPattern),
+                        .end = unfinished};
+    if (!db->executeStatements(insertStatement(entry)))
+        return;
+    historys.modify([&entry](QList<History> &list) {
+        list.append(entry);
+        std::stable_sort(list.begin(), list.end(),
+                         [](const History &a, const History &b) { return a.begin > b.begin; });
+    });
+}
+
+void HistoryStore::finishHistory()
+{
+    if (curId->isEmpty())
+        return;
+    const QString end = TimeText::formatDate(clock.now(), TimeText::timestampPattern);
+    if (!db->executeStatements(u"       update history\n       set    end = '"_s + end +
+                               u"'\n       where  id = '"_s + curId.value() + u'\''))
+        return;
+    if (Records::find(historys.value(), curId) == historys->end())
+        return;
+    historys.modify([this, &end](QList<History> &list) { Records::find(list, curId)->end = end; });
+    curId = QString();
+}
+
+void HistoryStore::deleteOldHistory()
+{
+    const QString today = TimeText::formatDate(clock.now(), TimeText::datePattern);
+    if (!db->executeStatements(u" delete from history\n where begin not like '"_s + today + u"%'"_s))
+        return;
+    historys.modify([&today](QList<History> &list) {
+        list.removeIf([&today](const History &entry) { return !entry.begin.startsWith(today); });
+    });
+}
+
+void HistoryStore::deleteCheckedHistory()
+{
+    Records::deleteChecked(*db, u"history"_s, historys);
+}
+
+void HistoryStore::toggleChecked(const History &history)
+{
+    Records::toggleChecked(historys, QString(history.id));
+}
+
+void HistoryStore::loadHistory()
+{
+    QList<History> loaded;
+    Records::load(*db, u"select *\nfrom history\norder by begin desc"_s, [&loaded](FMResultSet &row) {
+        loaded.append({.id = Records::text(row, u"id"_s),
+                       .title = Records::text(row, u"title"_s),
+                       .begin = Records::text(row, u"begin"_s),
+                       .end = row.stringForColumn(u"end"_s).value_or(unfinished)});
+    });
+    historys = loaded;
+}

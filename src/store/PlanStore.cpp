@@ -1,0 +1,154 @@
+#include "store/PlanStore.h"
+
+#include "store/Records.h"
+
+#include <QStringList>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The flags and their columns, in the order of the table.
+constexpr std::array<std::pair<bool Plan::*, QStringView>, 9> flags{{{&Plan::isLoop, u"isloop"},
+                                                                     {&Plan::isMusic, u"ismusic"},
+                                                                     {&Plan::week0, u"week0"},
+                                                                     {&Plan::week1, u"week1"},
+                                                                     {&Plan::week2, u"week2"},
+                                                                     {&Plan::week3, u"week3"},
+                                                                     {&Plan::week4, u"week4"},
+                                                                     {&Plan::week5, u"week5"},
+                                                                     {&Plan::week6, u"week6"}}};
+
+QString flagText(bool flag)
+{
+    return flag ? u"true"_s : u"false"_s;
+}
+
+bool isTrue(const QVariant &value)
+{
+    return value.typeId() == QMetaType::QString && value.toString() == "true"_L1;
+}
+
+Plan planOf(FMResultSet &row)
+{
+    Plan plan;
+    plan.id = Records::text(row, u"id"_s);
+    plan.title = Records::text(row, u"title"_s);
+    plan.begin = Records::text(row, u"begin"_s);
+    plan.end = Records::text(row, u"end"_s);
+    plan.music = Records::text(row, u"music"_s);
+    plan.content = Records::text(row, u"content"_s);
+    for (const auto &[flag, column] : flags)
+        plan.*flag = isTrue(row[column.toString()]);
+    return plan;
+}
+
+QString insertStatement(const Plan &plan)
+{
+    QStringList values{plan.id,  Records::quoted(plan.title), plan.begin,
+                       plan.end, Records::quoted(plan.music), Records::quoted(plan.content)};
+    for (const auto &[flag, column] : flags)
+        values += flagText(plan.*flag);
+    return u"         insert into plan(\n"
+           "         id,\n"
+           "         title,\n"
+           "         begin,\n"
+           "         end,\n"
+           "         music,\n"
+           "         content,\n"
+           "         isloop,\n"
+           "         ismusic,\n"
+           "         week0,\n"
+           "         week1,\n"
+           "         week2,\n"
+           "         week3,\n"
+           "         week4,\n"
+           "         week5,\n"
+           "         week6\n"
+           "      ) values (\n"
+           "         '"_s +
+           values.join(u"',\n         '"_s) + u"'\n      )"_s;
+}
+
+QString updateStatement(const Plan &plan)
+{
+    const auto assignment = [](QStringView column, const QString &value) {
+        return u"         "_s + column.toString().leftJustified(8) + u"='"_s + value + u'\'';
+    };
+    QStringList assignments{assignment(u"title", Records::quoted(plan.title)),
+                            assignment(u"begin", plan.begin), assignment(u"end", plan.end),
+                            assignment(u"music", Records::quoted(plan.music)),
+                            assignment(u"content", Records::quoted(plan.content))};
+    for (const auto &[flag, column] : flags)
+        assignments += assignment(column, flagText(plan.*flag));
+    return u"update plan set\n"_s + assignments.join(u",\n"_s) + u"\nwhere id = '"_s + plan.id + u'\'';
+}
+
+} // namespace
+
+PlanStore::PlanStore(std::shared_ptr<FMDatabase> db, QObject *parent)
+    : ObservableObject(parent)
+    , db(std::move(db))
+{
+    loadPlans();
+}
+
+bool PlanStore::addPlan(const Plan &plan)
+{
+    if (!db->executeStatements(insertStatement(plan)))
+        return false;
+    plans.modify([&plan](QList<Plan> &list) { list.append(plan); });
+    sort();
+    return true;
+}
+
+bool PlanStore::updatePlan(const Plan &plan)
+{
+    if (!db->executeStatements(updateStatement(plan)))
+        return false;
+    plans.modify([&plan](QList<Plan> &list) {
+        const auto entry = Records::find(list, plan.id);
+        if (entry == list.end())
+            return;
+        Plan changed = plan;
+        changed.isChecked = entry->isChecked;
+        changed.isPlaying = entry->isPlaying;
+        *entry = changed;
+    });
+    sort();
+    return true;
+}
+
+void PlanStore::deleteCheckedPlans()
+{
+    Records::deleteChecked(*db, u"plan"_s, plans);
+}
+
+void PlanStore::togglePlaying(const Plan &plan)
+{
+    plans.modify([id = plan.id](QList<Plan> &list) {
+        for (Plan &entry : list)
+            entry.isPlaying = entry.id == id && !entry.isPlaying;
+    });
+}
+
+void PlanStore::toggleChecked(const Plan &plan)
+{
+    Records::toggleChecked(plans, QString(plan.id));
+}
+
+void PlanStore::loadPlans()
+{
+    QList<Plan> loaded;
+    Records::load(*db, u"select *\nfrom plan\norder by begin"_s,
+                  [&loaded](FMResultSet &row) { loaded.append(planOf(row)); });
+    plans = loaded;
+}
+
+void PlanStore::sort()
+{
+    plans.modify([](QList<Plan> &list) {
+        std::stable_sort(list.begin(), list.end(),
+                         [](const Plan &a, const Plan &b) { return a.begin < b.begin; });
+    });
+}
