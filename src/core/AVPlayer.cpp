@@ -1,0 +1,28 @@
+#include "core/AVPlayer.h"
+
+#include "platform/FilePath.h"
+#include "platform/Log.h"
+
+using namespace Qt::StringLiterals;
+
+AVPlayer::AVPlayer(AVAudioPlayerFactory makePlayer, Resources resources, QObject *parent)
+    : ObservableObject(parent)
+    , makePlayer(std::move(makePlayer))
+    , resources(std::move(resources))
+{}
+
+void AVPlayer::play(const QString &path, bool isLoop)
+{
+    const QString file = FilePath::existing(path) ? path : resources.path(path).value_or(QString());
+    QString error;
+    std::shared_ptr<AVAudioPlayer> next = makePlayer(file, error);
+    if (!next)
+        return Log::print(u"错误: "_s + error);
+    player = next;
+    next->setDelegate(this);
+    next->setNumberOfLoops(isLoop ? 100 : 0);
+    next->play();
+}
+
+// The scheduler notices the end of a playback by itself.
+void AVPlayer::audioPlayerDidFinishPlaying(AVAudioPlayer & /*player*/, bool /*successfully*/) {}
