@@ -63,7 +63,7 @@ public:
     QVariant objectForColumn(const QString &name) const;
     QVariant objectForColumnIndex(int index) const;
 
-    /// The column as a number, converted as SQLite does; 0 for NULL and a column that does not exist.
+    /// The column as a number, converted as SQLite does; 0 for NULL. The column must exist.
     qint64 longLongIntForColumnIndex(int index) const;
     double doubleForColumnIndex(int index) const;
 

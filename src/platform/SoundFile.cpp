@@ -1,0 +1,244 @@
+#include "platform/SoundFile.h"
+
+#include "platform/SoundBytes.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/log.h>
+}
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto formats = "mp3,aac,mov,caf,wav,w64,aiff,flac,ogg";
+constexpr auto codecs = "mp3float,mp3,mp2float,mp2,aac,alac,adpcm_ima_wav,adpcm_ima_qt,flac,vorbis,opus,"
+                        "pcm_s8,pcm_u8,pcm_s16le,pcm_s16be,pcm_s24le,pcm_s24be,pcm_s32le,pcm_s32be,"
+                        "pcm_f32le,pcm_f32be,pcm_f64le,pcm_f64be,pcm_alaw,pcm_mulaw";
+
+constexpr auto timeToOpen = 800ms;
+// What may be read without a sound coming of it. Cover pictures of several megabytes are common.
+constexpr qint64 bytesToOpen = 256 << 20;
+constexpr qint64 bytesForPiece = 32 << 20;
+// So many undecodable packets in a row are more than a scratch.
+constexpr int mostUndecodable = 25;
+
+int openNothingElse(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
+{
+    return AVERROR(EPERM);
+}
+
+int isSpent(void *bytes)
+{
+    return static_cast<SoundBytes *>(bytes)->isSpent();
+}
+
+// What is wrong with the file: trouble in reading it, if there was any, explains everything else.
+QString complaint(const SoundBytes &bytes, const QString &otherwise)
+{
+    if (bytes.hasFailed())
+        return u"The file cannot be read."_s;
+    return bytes.isSpent() ? u"Opening the file takes too long."_s : otherwise;
+}
+
+} // namespace
+
+void SoundFile::Free::operator()(AVFormatContext *context) const
+{
+    avformat_close_input(&context);
+}
+
+void SoundFile::Free::operator()(AVCodecContext *context) const
+{
+    avcodec_free_context(&context);
+}
+
+void SoundFile::Free::operator()(AVFrame *frame) const
+{
+    av_frame_free(&frame);
+}
+
+void SoundFile::Free::operator()(AVPacket *packet) const
+{
+    av_packet_free(&packet);
+}
+
+std::unique_ptr<SoundFile> SoundFile::open(const QString &path, QString &error)
+{
+    auto bytes = SoundBytes::open(path, error);
+    if (!bytes)
+        return nullptr;
+    av_log_set_level(AV_LOG_QUIET);
+    std::unique_ptr<SoundFile> file(new SoundFile(std::move(bytes)));
+    file->bytes->allow(bytesToOpen, QDeadlineTimer(timeToOpen));
+    error = file->openFormat(path);
+    if (error.isEmpty())
+        error = file->openCodec();
+    if (error.isEmpty())
+        error = file->decodeBeginning();
+    return error.isEmpty() ? std::move(file) : nullptr;
+}
+
+SoundFile::SoundFile(std::unique_ptr<SoundBytes> bytes)
+    : bytes(std::move(bytes))
+    , frame(av_frame_alloc())
+    , packet(av_packet_alloc())
+{
+    Q_CHECK_PTR(frame);
+    Q_CHECK_PTR(packet);
+}
+
+SoundFile::~SoundFile() = default;
+
+double SoundFile::duration() const
+{
+    if (length)
+        return *length;
+    double said = 0;
+    if (stream->duration > 0)
+        said = double(stream->duration) * av_q2d(stream->time_base);
+    else if (format->duration > 0)
+        said = double(format->duration) / AV_TIME_BASE;
+    return std::max(said, decoded);
+}
+
+SoundFile::Status SoundFile::read(std::vector<SoundFrame> &out, int count)
+{
+    bytes->allow(bytesForPiece);
+    const double enough = position + double(count) / soundFrameRate;
+    while (position < enough) {
+        const Status status = decodeFrame();
+        if (status == Status::Ended && !length)
+            length = decoded;
+        if (status != Status::More)
+            return status;
+        if (!takeFrame(out))
+            return Status::Damaged;
+    }
+    return Status::More;
+}
+
+bool SoundFile::rewind()
+{
+    bytes->allow(bytesForPiece);
+    position = 0;
+    target = 0;
+    avcodec_flush_buffers(codec.get());
+    return av_seek_frame(format.get(), stream->index, firstPacket, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+bool SoundFile::seek(double seconds)
+{
+    std::vector<SoundFrame> dropped;
+    converter.finish(dropped);
+    const bool done = rewind();
+    target = seconds;
+    return done;
+}
+
+QString SoundFile::openFormat(const QString &path)
+{
+    AVFormatContext *context = avformat_alloc_context();
+    Q_CHECK_PTR(context);
+    context->pb = bytes->context();
+    context->format_whitelist = av_strdup(formats);
+    context->codec_whitelist = av_strdup(codecs);
+    context->interrupt_callback = {&isSpent, bytes.get()};
+    context->io_open = &openNothingElse;
+    if (avformat_open_input(&context, path.toUtf8().constData(), nullptr, nullptr) < 0)
+        return complaint(*bytes, u"The format of the file is not known."_s);
+    format.reset(context);
+    avformat_find_stream_info(context, nullptr);
+    const int index = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (index < 0)
+        return complaint(*bytes, u"There is no sound in the file."_s);
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        context->streams[i]->discard = int(i) == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    stream = context->streams[index];
+    return {};
+}
+
+QString SoundFile::openCodec()
+{
+    const AVCodec *decoder = avcodec_find_decoder(stream->codecpar->codec_id);
+    codec.reset(avcodec_alloc_context3(decoder));
+    Q_CHECK_PTR(codec);
+    codec->codec_whitelist = av_strdup(codecs);
+    codec->thread_count = 1;
+    codec->pkt_timebase = stream->time_base;
+    if (!decoder || avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0 ||
+        avcodec_open2(codec.get(), decoder, nullptr) < 0)
+        return u"The coding of the sound is not known."_s;
+    return {};
+}
+
+QString SoundFile::decodeBeginning()
+{
+    firstPacket = AV_NOPTS_VALUE;
+    const Status status = decodeFrame();
+    firstPacket = firstPacket == AV_NOPTS_VALUE ? 0 : firstPacket;
+    if (status != Status::More || !rewind())
+        return complaint(*bytes, u"The sound in the file is damaged."_s);
+    return {};
+}
+
+SoundFile::Status SoundFile::decodeFrame()
+{
+    for (int undecodable = 0; undecodable < mostUndecodable;) {
+        const int received = avcodec_receive_frame(codec.get(), frame.get());
+        if (received == 0)
+            return Status::More;
+        if (received == AVERROR_EOF)
+            return bytes->hasFailed() || bytes->isSpent() ? Status::Damaged : Status::Ended;
+        const int got = av_read_frame(format.get(), packet.get());
+        const bool sent =
+            got >= 0 ? sendPacket() : got == AVERROR_EOF && avcodec_send_packet(codec.get(), nullptr) >= 0;
+        if (got < 0 && got != AVERROR_EOF && got != AVERROR(EAGAIN))
+            return Status::Damaged;
+        if (!sent || received != AVERROR(EAGAIN))
+            ++undecodable;
+    }
+    return Status::Damaged;
+}
+
+bool SoundFile::sendPacket()
+{
+    bool sent = true;
+    if (packet->stream_index == stream->index) {
+        if (firstPacket == AV_NOPTS_VALUE)
+            firstPacket = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
+        sent = avcodec_send_packet(codec.get(), packet.get()) >= 0;
+    }
+    av_packet_unref(packet.get());
+    return sent;
+}
+
+bool SoundFile::takeFrame(std::vector<SoundFrame> &out)
+{
+    const int rate = frame->sample_rate;
+    if (rate <= 0)
+        return false;
+    const auto samplesTo = [&](double moment) {
+        return int(std::clamp(std::round((moment - position) * rate), 0.0, double(frame->nb_samples)));
+    };
+    const int first = samplesTo(target);
+    const int last = samplesTo(end());
+    const bool taken = last <= first || converter.convert(*frame, first, last - first, out);
+    position += double(last) / rate;
+    decoded = std::max(decoded, position);
+    return taken;
+}
+
+double SoundFile::end() const
+{
+    // Only MPEG-4 says exactly where in its last packet the sound ends.
+    const bool isExact = std::strncmp(format->iformat->name, "mov", 3) == 0 && stream->duration > 0;
+    return isExact ? double(stream->duration) * av_q2d(stream->time_base) : HUGE_VAL;
+}
