@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/AppStore.h"
+#include "core/AVPlayer.h"
+#include "platform/Clock.h"
+#include "platform/Resources.h"
+#include "platform/SoundModule.h"
+#include "store/HistoryStore.h"
+#include "store/HolidayStore.h"
+#include "store/PlanStore.h"
+#include "ui/ContentView.h"
+
+/// The running application: makes the shared objects, in the order of its members, and the main window.
+///
+/// The first store to be made brings the database file into being. A database that cannot be read
+/// leaves the lists empty; start-up goes on.
+class BelfryApp final
+{
+    Q_DISABLE_COPY_MOVE(BelfryApp)
+
+public:
+    BelfryApp();
+
+    /// Shows the main window, and gets the sound ready soon after.
+    void show();
+
+private:
+    SystemClock clock;
+    Resources resources = Resources::ofApplication();
+    SoundModule sound{SoundModule::pathOfApplication()};
+
+    AppStore appStore;
+    PlanStore planStore;
+    HolidayStore holidayStore;
+    HistoryStore historyStore;
+    AVPlayer avplayer;
+
+    ContentView window;
+};

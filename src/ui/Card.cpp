@@ -1,0 +1,132 @@
+#include "ui/Card.h"
+
+#include "ui/ElidedLabel.h"
+#include "ui/IconButton.h"
+#include "ui/Style.h"
+#include "ui/SymbolLabel.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+
+Card::Card(int leastHeight, int mostHeight, QWidget *parent)
+    : Group(parent)
+    , leastHeight(leastHeight)
+    , mostHeight(mostHeight)
+    , title(new ElidedLabel)
+    , titleRow(new QHBoxLayout)
+    , column(new QVBoxLayout(this))
+{
+    column->setContentsMargins(Style::inset, Style::inset, Style::inset, Style::inset);
+    column->setSpacing(0);
+    titleRow->setSpacing(0);
+    titleRow->addWidget(title, 1);
+    titleRow->addStrut(Style::hitSize);
+    column->addLayout(titleRow);
+    title->setColor(Style::white);
+    title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    title->show();
+    updateTitleFont();
+}
+
+QList<QWidget *> Card::controls() const
+{
+    QList<QWidget *> found;
+    for (QWidget *widget : findChildren<QWidget *>()) {
+        if (widget->isVisibleTo(this) && widget->isEnabled() && widget->focusPolicy() != Qt::NoFocus)
+            found << widget;
+    }
+    return found;
+}
+
+QSize Card::sizeHint() const
+{
+    // A line shown or hidden while the card itself is hidden has not reached the layout yet.
+    column->activate();
+    const int bounded = qBound(leastHeight, column->totalSizeHint().height(), mostHeight);
+    return {Style::cardWidth, qMax(bounded, column->totalMinimumSize().height())};
+}
+
+void Card::setTitle(const QString &newTitle)
+{
+    if (title->text() == newTitle)
+        return;
+    title->setText(newTitle);
+    setAccessibleName(newTitle);
+}
+
+void Card::setColor(const QColor &newColor)
+{
+    if (color == newColor)
+        return;
+    color = newColor;
+    update();
+}
+
+IconButton *Card::addButton()
+{
+    auto *button = new IconButton;
+    button->setFocusPolicy(Qt::ClickFocus);
+    addToTitleRow(button);
+    return button;
+}
+
+SymbolLabel *Card::addSymbol(const QString &symbol, const QString &name)
+{
+    auto *label = new SymbolLabel(symbol, name);
+    addToTitleRow(label);
+    return label;
+}
+
+void Card::addSpace()
+{
+    column->addSpacerItem(new QSpacerItem(0, Style::lineGap, QSizePolicy::Minimum, QSizePolicy::Expanding));
+}
+
+void Card::addLine(QWidget *line)
+{
+    // The gap belongs to the line: it goes when the line is hidden, and gives way where height is short.
+    auto *gapAndLine = new QVBoxLayout;
+    gapAndLine->setSpacing(0);
+    gapAndLine->addSpacerItem(new QSpacerItem(0, Style::lineGap, QSizePolicy::Minimum, QSizePolicy::Maximum));
+    gapAndLine->addWidget(line);
+    column->addLayout(gapAndLine);
+    line->show();
+}
+
+ElidedLabel *Card::addText(const QColor &textColor)
+{
+    auto *text = new ElidedLabel;
+    text->setColor(textColor);
+    text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    addLine(text);
+    return text;
+}
+
+void Card::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        updateTitleFont();
+    Group::changeEvent(event);
+}
+
+void Card::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
+}
+
+void Card::addToTitleRow(QWidget *widget)
+{
+    titleRow->addWidget(widget, 0, Qt::AlignTop);
+    widget->show();
+}
+
+void Card::updateTitleFont()
+{
+    title->setFont(Style::titleFont(font()));
+}

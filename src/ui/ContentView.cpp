@@ -1,0 +1,184 @@
+#include "ui/ContentView.h"
+
+#include "app/AppStore.h"
+#include "store/HistoryStore.h"
+#include "store/HolidayStore.h"
+#include "store/PlanStore.h"
+#include "ui/Alert.h"
+#include "ui/HolidayEdit.h"
+#include "ui/PlanEdit.h"
+#include "ui/Refresher.h"
+#include "ui/Sidebar.h"
+#include "ui/Symbol.h"
+
+#include <QAction>
+#include <QEvent>
+#include <QToolBar>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize leastSize{960, 488};
+constexpr QSize firstSize{960, 640};
+
+bool isCurrent(const AppStore &appStore, NavigationItem screen)
+{
+    return appStore.selection.value() == QSet{screen};
+}
+
+template<typename Record>
+void invertAndCheckAll(bool &flag, Published<QList<Record>> &records)
+{
+    flag = !flag;
+    records.modify([flag](QList<Record> &list) {
+        for (Record &record : list)
+            record.isChecked = flag;
+    });
+}
+
+} // namespace
+
+ContentView::ContentView(const Environment &environment, QWidget *parent)
+    : QMainWindow(parent)
+    , environment(environment)
+    , sidebar(new Sidebar(environment))
+{
+    setWindowTitle(tr("Belfry — Quillmoss"));
+    setCentralWidget(sidebar);
+    setMinimumSize(leastSize);
+    resize(firstSize);
+    createToolBar();
+    showMode();
+    sidebar->setFocus();
+    new Refresher([this] { showMode(); }, {&environment.appStore}, this);
+    new Refresher([this] { showEditors(); }, {&environment.planStore, &environment.holidayStore}, this);
+}
+
+void ContentView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange && editMode)
+        showMode();
+    QMainWindow::changeEvent(event);
+}
+
+void ContentView::createToolBar()
+{
+    toolBar = addToolBar(tr("Toolbar"));
+    toolBar->setMovable(false);
+    toolBar->setContextMenuPolicy(Qt::PreventContextMenu);
+    toolBar->setIconSize({Style::iconSize, Style::iconSize});
+    toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+
+    toggleSidebar = addButton(tr("Toggle Sidebar"), [this] { sidebar->toggleSidebar(); });
+    qobject_cast<QToolButton *>(toolBar->widgetForAction(toggleSidebar))
+        ->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    auto *space = new QWidget;
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    toolBar->addWidget(space);
+    deleteButton = addButton(
+        tr("Delete"), [this] { confirmDelete(); }, QKeySequence::Delete);
+    selectAllButton = addButton(
+        tr("Select All"), [this] { selectAll(); }, QKeySequence::SelectAll);
+    addPlan = addButton(
+        tr("Add Plan"), [this] { environment.planStore.showPlanEdit = true; }, QKeySequence::New);
+    addHoliday = addButton(tr("Add Holiday"), [this] { environment.holidayStore.showHolidayEdit = true; });
+    editMode = addButton(
+        tr("Edit"), [this] { environment.appStore.isEditMode = !environment.appStore.isEditMode; },
+        QKeySequence(Qt::CTRL | Qt::Key_E));
+}
+
+QAction *ContentView::addButton(const QString &text, const std::function<void()> &pressed,
+                                const QKeySequence &shortcut)
+{
+    QAction *button = toolBar->addAction(text, this, pressed);
+    button->setShortcut(shortcut);
+    toolBar->widgetForAction(button)->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+void ContentView::showMode()
+{
+    const bool isEditMode = environment.appStore.isEditMode;
+    for (QAction *button : {deleteButton, selectAllButton, addPlan, addHoliday})
+        button->setVisible(isEditMode);
+    editMode->setText(isEditMode ? tr("Finish") : tr("Edit"));
+
+    toggleSidebar->setIcon(Symbol::icon(u"sidebar.left"_s, palette().color(QPalette::ButtonText)));
+    tint(deleteButton, u"trash"_s, Style::Accent::red);
+    tint(selectAllButton, selectAllSymbol(), Style::Accent::red);
+    tint(addPlan, u"plus"_s, Style::Accent::green);
+    tint(addHoliday, u"plus"_s, Style::Accent::green);
+    tint(editMode, isEditMode ? u"checkmark"_s : u"square.and.pencil"_s, Style::Accent::blue);
+}
+
+void ContentView::tint(QAction *button, const QString &symbol, Style::Accent accent)
+{
+    const QColor color = Style::accent(accent, palette());
+    button->setIcon(symbol.isEmpty() ? QIcon() : Symbol::icon(symbol, color));
+    QWidget *widget = toolBar->widgetForAction(button);
+    QPalette colors = palette();
+    colors.setColor(QPalette::ButtonText, color);
+    widget->setPalette(colors);
+}
+
+// Empty where no screen is the current one.
+QString ContentView::selectAllSymbol() const
+{
+    const auto symbol = [](bool isChecked) { return isChecked ? u"checkmark.square"_s : u"square"_s; };
+    if (isCurrent(environment.appStore, NavigationItem::planView))
+        return symbol(isPlanChecked);
+    if (isCurrent(environment.appStore, NavigationItem::holidayView))
+        return symbol(isHolidayChecked);
+    if (isCurrent(environment.appStore, NavigationItem::historyView))
+        return symbol(isHistoryChecked);
+    return {};
+}
+
+void ContentView::selectAll()
+{
+    if (isCurrent(environment.appStore, NavigationItem::planView))
+        invertAndCheckAll(isPlanChecked, environment.planStore.plans);
+    if (isCurrent(environment.appStore, NavigationItem::holidayView))
+        invertAndCheckAll(isHolidayChecked, environment.holidayStore.holidays);
+    if (isCurrent(environment.appStore, NavigationItem::historyView))
+        invertAndCheckAll(isHistoryChecked, environment.historyStore.historys);
+    showMode();
+}
+
+void ContentView::confirmDelete()
+{
+    Alert::show(this, tr("Confirm"), tr("Delete the selected data?"),
+                {{tr("Delete"), Alert::Role::destructive, [this] { deleteSelected(); }},
+                 {tr("Cancel"), Alert::Role::cancel, {}}});
+}
+
+void ContentView::deleteSelected()
+{
+    if (isCurrent(environment.appStore, NavigationItem::planView))
+        environment.planStore.deleteCheckedPlans();
+    if (isCurrent(environment.appStore, NavigationItem::holidayView))
+        environment.holidayStore.deleteCheckedHolidays();
+    if (isCurrent(environment.appStore, NavigationItem::historyView))
+        environment.historyStore.deleteCheckedHistory();
+}
+
+void ContentView::showEditors()
+{
+    showEditor<PlanEdit>(planEdit, environment.planStore, environment.planStore.showPlanEdit);
+    showEditor<HolidayEdit>(holidayEdit, environment.holidayStore, environment.holidayStore.showHolidayEdit);
+}
+
+template<typename Editor, typename Store>
+void ContentView::showEditor(QPointer<QDialog> &editor, Store &store, Published<bool> &isShown)
+{
+    if (!isShown || editor)
+        return;
+    editor = new Editor(store, environment.clock, this);
+    connect(editor, &QDialog::finished, this, [&editor, &isShown] {
+        editor.clear();
+        isShown = false;
+    });
+    editor->open();
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ui/Environment.h"
+#include "ui/Style.h"
+
+#include <QDialog>
+#include <QMainWindow>
+#include <QPointer>
+
+#include <functional>
+
+class QAction;
+class QToolBar;
+class Sidebar;
+template<typename T>
+class Published;
+
+/// The main window: the sidebar with its screens, and the toolbar with the edit mode and the buttons that
+/// delete, select and add.
+///
+/// What "Delete" and "Select All" act on is the current screen: the one that alone is selected in the
+/// sidebar. With several or none selected they act on nothing.
+class ContentView final : public QMainWindow
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ContentView)
+
+public:
+    explicit ContentView(const Environment &environment, QWidget *parent = nullptr);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void createToolBar();
+    QAction *addButton(const QString &text, const std::function<void()> &pressed,
+                       const QKeySequence &shortcut = {});
+    void showMode();
+    void tint(QAction *button, const QString &symbol, Style::Accent accent);
+    QString selectAllSymbol() const;
+    void selectAll();
+    void confirmDelete();
+    void deleteSelected();
+    void showEditors();
+    template<typename Editor, typename Store>
+    void showEditor(QPointer<QDialog> &editor, Store &store, Published<bool> &isShown);
+
+    Environment environment;
+    Sidebar *sidebar;
+    QToolBar *toolBar = nullptr;
+    QAction *toggleSidebar = nullptr;
+    QAction *deleteButton = nullptr;
+    QAction *selectAllButton = nullptr;
+    QAction *addPlan = nullptr;
+    QAction *addHoliday = nullptr;
+    QAction *editMode = nullptr;
+
+    QPointer<QDialog> planEdit;
+    QPointer<QDialog> holidayEdit;
+
+    bool isPlanChecked = false;
+    bool isHolidayChecked = false;
+    bool isHistoryChecked = false;
+};

@@ -1,0 +1,68 @@
+#include "ui/EditSheet.h"
+
+#include "ui/Alert.h"
+#include "ui/FormRow.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+EditSheet::EditSheet(const QString &windowTitle, QWidget *over) : Sheet(windowTitle, over) {}
+
+QLineEdit *EditSheet::textField(const QString &text)
+{
+    auto *field = new QLineEdit;
+    field->setMaxLength(std::numeric_limits<int>::max());
+    field->setText(text);
+    return field;
+}
+
+void EditSheet::addTitleRow(const QString &text)
+{
+    titleField = textField(text);
+    auto *row = new FormRow(tr("Title:"));
+    row->addField(titleField, 1);
+    addRow(row);
+    titleField->setFocus();
+    titleField->setSelection(int(text.size()), -int(text.size())); // backwards: the beginning stays in view
+}
+
+void EditSheet::addFieldRow(const QString &label, QWidget *field)
+{
+    auto *row = new FormRow(label);
+    row->addField(field);
+    row->addSpace();
+    addRow(row);
+}
+
+void EditSheet::addButtons(Purpose purpose)
+{
+    const bool adds = purpose == Purpose::add;
+    QPushButton *saveButton =
+        addButton(adds ? u"plus"_s : u"square.and.pencil"_s, adds ? tr("Add") : tr("Modify"));
+    saveButton->setDefault(true);
+    connect(saveButton, &QPushButton::clicked, this, &EditSheet::save);
+    connect(addButton(u"xmark"_s, tr("Close")), &QPushButton::clicked, this, &EditSheet::reject);
+}
+
+QString EditSheet::title() const
+{
+    return titleField->text();
+}
+
+void EditSheet::setTitle(const QString &text)
+{
+    titleField->setText(text);
+}
+
+void EditSheet::save()
+{
+    const QString message = title().isEmpty() ? tr("Please input the Title") : missing();
+    if (!message.isEmpty())
+        Alert::show(this, tr("Tip"), message, {{tr("OK")}});
+    else if (store())
+        accept();
+}

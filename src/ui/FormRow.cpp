@@ -1,0 +1,48 @@
+#include "ui/FormRow.h"
+
+#include "ui/Style.h"
+
+#include <QAbstractButton>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+
+FormRow::FormRow(const QString &text, QWidget *parent)
+    : QWidget(parent)
+    , label(new QLabel(text))
+    , row(new QHBoxLayout(this))
+{
+    row->setContentsMargins({});
+    row->setSpacing(Style::spacing);
+    row->addWidget(label);
+    updateLabelWidth();
+}
+
+void FormRow::addField(QWidget *field, int stretch)
+{
+    if (!label->buddy())
+        label->setBuddy(field);
+    if (field->accessibleName().isEmpty() && !qobject_cast<QAbstractButton *>(field))
+        field->setAccessibleName(label->text());
+    row->addWidget(field, stretch);
+}
+
+void FormRow::addSpace()
+{
+    row->addStretch();
+}
+
+void FormRow::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        updateLabelWidth();
+    QWidget::changeEvent(event);
+}
+
+void FormRow::updateLabelWidth()
+{
+    // A large font needs more, and the same in every row.
+    constexpr int ordinaryHeight = 19;
+    label->setFixedWidth(
+        std::max(Style::labelWidth, Style::labelWidth * fontMetrics().height() / ordinaryHeight));
+}

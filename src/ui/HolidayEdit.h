@@ -1,0 +1,36 @@
+#pragma once
+
+#include "store/Holiday.h"
+#include "ui/EditSheet.h"
+
+class Clock;
+class DateField;
+class HolidayStore;
+
+/// The form in which a person creates a holiday or changes one. It works on a copy: nothing reaches the store
+/// before it is saved. An end before the begin is not refused.
+class HolidayEdit final : public EditSheet
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(HolidayEdit)
+
+public:
+    /// For a new holiday: today.
+    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *over);
+
+    /// For changing `holiday`, which keeps its id. A day of it that cannot be read is shown as today.
+    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday, QWidget *over);
+
+private:
+    HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday,
+                QWidget *over);
+
+    QString missing() const override;
+    bool store() override;
+
+    Purpose purpose;
+    HolidayStore &holidayStore;
+    Holiday holiday;
+    DateField *begin;
+    DateField *end;
+};

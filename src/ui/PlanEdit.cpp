@@ -1,0 +1,138 @@
+#include "ui/PlanEdit.h"
+
+#include "store/PlanStore.h"
+#include "store/Records.h"
+#include "ui/FileChooser.h"
+#include "ui/FormRow.h"
+#include "ui/SegmentedChoice.h"
+#include "ui/Style.h"
+#include "ui/Symbol.h"
+#include "ui/TimeField.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int loopYes = 0;
+constexpr int loopNo = 1;
+constexpr QSize fileIconSize{10, Style::iconSize};
+
+Plan onWorkingDays()
+{
+    return {.isMusic = true, .week1 = true, .week2 = true, .week3 = true, .week4 = true, .week5 = true};
+}
+
+QString titleOf(const QString &fileName)
+{
+    // A dot at either end of a name does not begin an extension.
+    const qsizetype dot = fileName.lastIndexOf(u'.');
+    const QString extension = dot > 0 ? fileName.mid(dot + 1) : QString();
+    return QString(fileName).remove(u'.' + extension);
+}
+
+} // namespace
+
+PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *over)
+    : PlanEdit(Purpose::add, planStore, clock, onWorkingDays(), over)
+{}
+
+PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over)
+    : PlanEdit(Purpose::modify, planStore, clock, plan, over)
+{}
+
+PlanEdit::PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over)
+    : EditSheet(purpose == Purpose::add ? tr("Add Plan") : tr("Modify"), over)
+    , purpose(purpose)
+    , planStore(planStore)
+    , plan(plan)
+    , begin(new TimeField(plan.begin, clock))
+    , end(new TimeField(plan.end, clock))
+    , loop(new SegmentedChoice({tr("Yes"), tr("No")}))
+    , content(textField(plan.content))
+{
+    addTitleRow(plan.title);
+    addFieldRow(tr("Begin:"), begin);
+    addFieldRow(tr("End:"), end);
+    addWeekRow();
+    addLoopRow();
+    addMusicRow();
+    addButtons(purpose);
+}
+
+QString PlanEdit::missing() const
+{
+    if (std::none_of(week.begin(), week.end(), [](const QCheckBox *day) { return day->isChecked(); }))
+        return tr("Please select the Week");
+    if (content->text().isEmpty())
+        return tr("Please select the Music");
+    return {};
+}
+
+bool PlanEdit::store()
+{
+    plan.isChecked = plan.isPlaying = false;
+    plan.title = title();
+    plan.begin = begin->minuteText();
+    plan.end = end->minuteText();
+    plan.content = content->text();
+    plan.isLoop = loop->choice() == loopYes;
+    for (size_t day = 0; day < week.size(); ++day)
+        plan.*planWeekdays[day] = week[day]->isChecked();
+    if (purpose == Purpose::modify)
+        return planStore.updatePlan(plan);
+    plan.id = Records::newId();
+    return planStore.addPlan(plan);
+}
+
+void PlanEdit::addWeekRow()
+{
+    const std::array names{tr("Sun"), tr("Mon"), tr("Tue"), tr("Wed"), tr("Thu"), tr("Fri"), tr("Sat")};
+    auto *row = new FormRow(tr("Week:"));
+    for (size_t day = 0; day < week.size(); ++day) {
+        week[day] = new QCheckBox(names[day]);
+        week[day]->setChecked(plan.*planWeekdays[day]);
+        row->addField(week[day]);
+    }
+    row->addSpace();
+    addRow(row);
+}
+
+void PlanEdit::addLoopRow()
+{
+    loop->setChoice(plan.isLoop ? loopYes : loopNo);
+    addFieldRow(tr("Loop:"), loop);
+}
+
+void PlanEdit::addMusicRow()
+{
+    const QString symbol = plan.isMusic ? u"music.note"_s : u"folder"_s;
+    auto *choose = new QPushButton(Symbol::icon(symbol, palette().color(QPalette::ButtonText)), QString());
+    choose->setIconSize(fileIconSize);
+    choose->setAccessibleName(tr("Choose File"));
+    choose->setToolTip(tr("Choose File"));
+    connect(choose, &QPushButton::clicked, this, &PlanEdit::chooseFile);
+
+    auto *row = new FormRow(plan.isMusic ? tr("Music:") : tr("Folder:"));
+    row->addField(content, 1);
+    row->addField(choose);
+    addRow(row);
+}
+
+void PlanEdit::chooseFile()
+{
+    auto *chooser = new FileChooser(content->text(), this);
+    connect(chooser, &FileChooser::fileSelected, this, &PlanEdit::takeFile);
+    chooser->open();
+}
+
+void PlanEdit::takeFile(const QString &path)
+{
+    plan.music = path.section(u'/', -1);
+    content->setText(path);
+    if (title().isEmpty())
+        setTitle(titleOf(plan.music));
+}

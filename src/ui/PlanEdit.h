@@ -1,0 +1,48 @@
+#pragma once
+
+#include "store/Plan.h"
+#include "ui/EditSheet.h"
+
+#include <array>
+
+class Clock;
+class PlanStore;
+class QCheckBox;
+class SegmentedChoice;
+class TimeField;
+
+/// The form in which a person creates a plan or changes one. It works on a copy: nothing reaches the store
+/// before it is saved.
+class PlanEdit final : public EditSheet
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(PlanEdit)
+
+public:
+    /// For a new plan: now, on working days.
+    PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *over);
+
+    /// For changing `plan`, which keeps its id. A time of it that cannot be read is shown as now.
+    PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over);
+
+private:
+    PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over);
+
+    QString missing() const override;
+    bool store() override;
+
+    void addWeekRow();
+    void addLoopRow();
+    void addMusicRow();
+    void chooseFile();
+    void takeFile(const QString &path);
+
+    Purpose purpose;
+    PlanStore &planStore;
+    Plan plan;
+    TimeField *begin;
+    TimeField *end;
+    std::array<QCheckBox *, planWeekdays.size()> week;
+    SegmentedChoice *loop;
+    QLineEdit *content;
+};

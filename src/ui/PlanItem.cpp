@@ -1,0 +1,89 @@
+#include "ui/PlanItem.h"
+
+#include "app/AppStore.h"
+#include "core/AVPlayer.h"
+#include "core/ManualPlayback.h"
+#include "store/PlanStore.h"
+#include "ui/ElidedLabel.h"
+#include "ui/IconButton.h"
+#include "ui/LinearProgress.h"
+#include "ui/PlanEdit.h"
+#include "ui/Style.h"
+#include "ui/SymbolLabel.h"
+#include "ui/TextRow.h"
+
+#include <QHBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment(environment)
+{
+    repeat = addSymbol(u"repeat"_s, tr("Repeat"));
+    edit = addButton();
+    edit->setSymbol(u"square.and.pencil"_s, tr("Edit"));
+    play = addButton();
+    select = addButton();
+    select->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
+    addSpace();
+    timeSpan = addText(Style::softWhite);
+    weekdays = new TextRow({tr("Sun"), tr("Mon"), tr("Tue"), tr("Wed"), tr("Thu"), tr("Fri"), tr("Sat")});
+    addLine(weekdays);
+    music = addText(Style::softWhite);
+    playbackRow = makePlaybackRow();
+    addLine(playbackRow);
+
+    connect(edit, &IconButton::clicked, this, &PlanItem::showPlanEdit);
+    connect(play, &IconButton::clicked, this, [this] {
+        ManualPlayback::toggle(Plan(plan), this->environment.planStore, this->environment.historyStore,
+                               this->environment.avPlayer);
+    });
+    connect(select, &IconButton::clicked, this, [this] { this->environment.planStore.toggleChecked(plan); });
+}
+
+void PlanItem::show(const Plan &shown)
+{
+    plan = shown;
+    const bool isEditMode = environment.appStore.isEditMode;
+    setTitle(plan.title);
+    setColor(plan.isPlaying ? Style::green : Style::planColor);
+    repeat->setVisible(plan.isLoop);
+    edit->setVisible(isEditMode);
+    play->setVisible(isEditMode || plan.isPlaying);
+    play->setSymbol(plan.isPlaying ? u"stop.fill"_s : u"play"_s, plan.isPlaying ? tr("Stop") : tr("Play"));
+    select->setVisible(isEditMode);
+    select->setChecked(plan.isChecked);
+    timeSpan->setText(plan.begin + u" - "_s + plan.end);
+    for (int day = 0; day < int(planWeekdays.size()); ++day)
+        weekdays->setColor(day, plan.*planWeekdays[size_t(day)] ? Style::softWhite : Style::softGrey);
+    music->setText(plan.music);
+    playbackRow->setVisible(plan.isPlaying);
+    if (plan.isPlaying) {
+        const AVPlayer &player = environment.avPlayer;
+        currentTime->setText(player.currentTime);
+        progress->setProgress(player.current, player.duration);
+        durationTime->setText(player.durationTime);
+    }
+}
+
+QWidget *PlanItem::makePlaybackRow()
+{
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(Style::spacing);
+    currentTime = new ElidedLabel;
+    progress = new LinearProgress;
+    durationTime = new ElidedLabel;
+    for (ElidedLabel *time : {currentTime, durationTime})
+        time->setColor(Style::white);
+    layout->addWidget(currentTime);
+    layout->addWidget(progress, 1);
+    layout->addWidget(durationTime);
+    return row;
+}
+
+void PlanItem::showPlanEdit()
+{
+    auto *editor = new PlanEdit(environment.planStore, environment.clock, plan, window());
+    editor->open();
+}

@@ -1,0 +1,32 @@
+#include "ui/PlanView.h"
+
+#include "core/AVPlayer.h"
+#include "store/PlanStore.h"
+#include "ui/PlanItem.h"
+#include "ui/RecordSource.h"
+#include "ui/Refresher.h"
+
+namespace {
+
+// A plan that plays has one line more, and a button in any mode.
+CardSource sourceOf(const Environment &environment)
+{
+    CardSource source = recordSource<PlanItem>(environment, environment.planStore.plans);
+    source.shape = [&store = environment.planStore](int index) {
+        return int(store.plans->at(index).isPlaying);
+    };
+    source.hasControls = [environment](int index) {
+        return environment.appStore.isEditMode || environment.planStore.plans->at(index).isPlaying;
+    };
+    return source;
+}
+
+} // namespace
+
+PlanView::PlanView(const Environment &environment, QWidget *parent)
+    : CardGrid(sourceOf(environment), 10, parent)
+{
+    setAccessibleName(tr("Plan"));
+    new Refresher([this] { refresh(); },
+                  {&environment.planStore, &environment.appStore, &environment.avPlayer}, this);
+}

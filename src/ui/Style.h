@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QColor>
+#include <QEasingCurve>
+#include <QFont>
+#include <QPalette>
+#include <QSize>
+
+/// The measures, colours and curves that the screens share. Lengths are in device-independent pixels.
+namespace Style {
+
+/// The standard inset around a page, a card's content and a sheet's content.
+inline constexpr int inset = 12;
+/// Between neighbours in a row of controls.
+inline constexpr int spacing = 8;
+
+inline constexpr int columnGap = 16;
+inline constexpr int rowGap = 12;
+inline constexpr int lineGap = 5;
+inline constexpr int cardWidth = 240;
+inline constexpr qreal cardRadius = 10;
+
+inline constexpr int iconSize = 16;
+/// What a click on an icon may miss it by is given back here: the side of the square that takes the click.
+inline constexpr int hitSize = 24;
+
+inline constexpr QSize sheetSize{450, 250};
+inline constexpr QSize sheetMaximum{800, 600};
+inline constexpr int labelWidth = 60;
+
+inline constexpr int animationMilliseconds = 800;
+
+inline constexpr QColor planColor{255, 89, 101};
+inline constexpr QColor holidayColor{142, 90, 247};
+inline constexpr QColor historyColor{0, 133, 255};
+/// The standard green: the card of a plan that plays, and the progress of its playback.
+inline constexpr QColor green{20, 117, 54};
+
+/// White text and icons on a card, full and softened.
+inline constexpr QColor white{255, 255, 255};
+inline constexpr QColor softWhite{255, 255, 255, 179};
+/// The standard grey at half opacity: a label on a card that is off.
+inline constexpr QColor softGrey{40, 40, 44, 128};
+
+enum class Accent { red, green, blue };
+
+/// True when `palette` is that of a dark scheme.
+bool isDark(const QPalette &palette);
+
+/// The accent as text or icon on the window background of `palette`, at a contrast of at least 4.5 to 1.
+QColor accent(Accent accent, const QPalette &palette);
+
+/// `font` in a size multiplied by `factor`.
+QFont scaled(QFont font, qreal factor);
+
+/// The second-level title font that goes with text in `font`: bold and larger.
+QFont titleFont(const QFont &font);
+
+/// The ease-in-out curve with the control points (0.42, 0) and (0.58, 1).
+QEasingCurve easeInOut();
+
+} // namespace Style

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QIcon>
+
+class QPainter;
+
+/// The program's own icons, known by symbol names such as "square.and.pencil".
+///
+/// They are drawn afresh for each size and pixel ratio, in one colour, and cached. A name without a file
+/// is an empty icon, and logged once: the text beside it, or its accessible name, still tells what it does.
+namespace Symbol {
+
+/// The symbol in `color`; disabled controls show it fainter.
+QIcon icon(const QString &name, const QColor &color);
+
+/// Draws the symbol in `color`, filling `target`.
+void paint(QPainter *painter, const QRect &target, const QString &name, const QColor &color);
+
+} // namespace Symbol

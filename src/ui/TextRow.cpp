@@ -1,0 +1,68 @@
+#include "ui/TextRow.h"
+
+#include "ui/ElidedLabel.h"
+#include "ui/Style.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+
+#include <cmath>
+
+TextRow::TextRow(const QStringList &texts, QWidget *parent) : QWidget(parent)
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins({});
+    row->setSpacing(Style::spacing);
+    for (const QString &text : texts) {
+        labels << new ElidedLabel;
+        labels.last()->setText(text);
+        row->addWidget(labels.last());
+        labels.last()->show();
+    }
+    row->addStretch();
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void TextRow::setColor(int index, const QColor &color)
+{
+    labels[index]->setColor(color);
+}
+
+QSize TextRow::minimumSizeHint() const
+{
+    return {0, fontMetrics().height()};
+}
+
+void TextRow::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        fit();
+    QWidget::changeEvent(event);
+}
+
+void TextRow::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fit();
+}
+
+qreal TextRow::neededWidth(qreal scale) const
+{
+    const QFontMetricsF metrics(Style::scaled(font(), scale));
+    qreal needed = int(Style::spacing * scale) * qreal(labels.size() - 1);
+    for (const ElidedLabel *label : labels)
+        needed += std::ceil(metrics.horizontalAdvance(label->text()));
+    return needed;
+}
+
+void TextRow::fit()
+{
+    constexpr qreal step = 0.05;
+    constexpr qreal least = 0.4;
+    qreal scale = 1;
+    while (scale > least && neededWidth(scale) > width())
+        scale -= step;
+    layout()->setSpacing(int(Style::spacing * scale));
+    for (ElidedLabel *label : std::as_const(labels))
+        label->setFont(Style::scaled(font(), scale));
+}

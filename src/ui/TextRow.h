@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QList>
+#include <QWidget>
+
+class ElidedLabel;
+
+/// Short texts side by side, such as the days of a week, each in a colour of its own.
+///
+/// They share a font, which gets smaller where the row is too narrow for them.
+class TextRow final : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(TextRow)
+
+public:
+    explicit TextRow(const QStringList &texts, QWidget *parent = nullptr);
+
+    void setColor(int index, const QColor &color);
+
+    QSize minimumSizeHint() const override;
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    qreal neededWidth(qreal scale) const;
+    void fit();
+
+    QList<ElidedLabel *> labels;
+};

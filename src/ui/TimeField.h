@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ui/DateTimeField.h"
+
+class Clock;
+
+/// A time of day to the minute, shown as "HH:mm" in every locale.
+class TimeField final : public DateTimeField
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(TimeField)
+
+public:
+    /// Shows the time that `text` denotes ("HH:mm"), or the current one when it denotes none.
+    TimeField(const QString &text, const Clock &clock, QWidget *parent = nullptr);
+
+    /// The time as "HH:mm".
+    QString minuteText() const;
+};

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QAbstractSpinBox>
+#include <QAccessible>
+#include <QKeyEvent>
+#include <QTest>
+#include <QWidget>
+
+/// The visible widget in or over `root` that takes the focus and that assistive technology calls `name`.
+/// Null when there is none.
+template<typename Widget = QWidget>
+Widget *control(const QWidget *root, const QString &name)
+{
+    const auto widgets = root->findChildren<Widget *>();
+    for (Widget *widget : widgets) {
+        if (widget->isVisible() && widget->focusPolicy() != Qt::NoFocus &&
+            QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name) == name)
+            return widget;
+    }
+    return nullptr;
+}
+
+/// Clicks the control of that name. False when there is none.
+inline bool click(const QWidget *root, const QString &name)
+{
+    auto *widget = control(root, name);
+    if (widget)
+        QTest::mouseClick(widget, Qt::LeftButton);
+    return widget;
+}
+
+/// Replaces what stands in the line of text of that name. False when there is none.
+inline bool type(const QWidget *root, const QString &name, const QString &text)
+{
+    auto *widget = control(root, name);
+    if (!widget)
+        return false;
+    widget->setFocus();
+    QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(widget, Qt::Key_Delete);
+    QTest::keyClicks(widget, text);
+    return true;
+}
+
+/// Sends the characters as keys, whatever keyboard it takes to write them.
+inline void typeKeys(QWidget *widget, const QString &text)
+{
+    for (const QChar &key : text) {
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, key);
+        QCoreApplication::sendEvent(widget, &press);
+    }
+}
+
+/// Types into the date or the time field of that name, from its beginning. False when there is none.
+inline bool typeDigits(const QWidget *root, const QString &name, const QString &digits)
+{
+    auto *field = control<QAbstractSpinBox>(root, name);
+    if (!field)
+        return false;
+    field->setFocus(Qt::TabFocusReason);
+    typeKeys(field, digits);
+    return true;
+}
