@@ -43,7 +43,8 @@ void addButton(QMessageBox *box, QWidget *over, const Alert::Button &wanted)
     });
 }
 
-// The box would break even a short message early, to a width that is made for long texts, and read it as HTML.
+// The box would break even a short message early, to a width that is made for long texts, and read it as
+// HTML.
 void showAsItStands(QMessageBox *box, const QString &message)
 {
     for (QLabel *label : box->findChildren<QLabel *>()) {
