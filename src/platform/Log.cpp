@@ -26,7 +26,7 @@ void writeLine(int fd, const QString &line)
     const QByteArray bytes = line.toUtf8() + '\n';
     for (qsizetype done = 0; done < bytes.size();) {
         pollfd out{fd, POLLOUT, 0};
-        if (::poll(&out, 1, 0) != 1 || !(out.revents & POLLOUT))
+        if (::poll(&out, 1, 0) != 1 || out.revents != POLLOUT)
             return;
         const auto written =
             ::write(fd, bytes.constData() + done, size_t(std::min(pieceSize, bytes.size() - done)));

@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 class TestAVPlayer final : public QObject
@@ -15,6 +18,7 @@ class TestAVPlayer final : public QObject
 
 private:
     QTemporaryDir folder;
+    const QByteArray notUtf8 = QFile::encodeName(folder.path()) + "/b\xff\xe4.wav";
 
     QString makeFile(const QString &name)
     {
@@ -24,6 +28,9 @@ private:
     }
 
 private Q_SLOTS:
+    // Qt could not, for the file's name.
+    void cleanupTestCase() { ::unlink(notUtf8.constData()); }
+
     void startsEmpty()
     {
         FakePlayer::Stage stage;
@@ -40,6 +47,9 @@ private Q_SLOTS:
         const QString file = makeFile(u"a 50%'\"\n 铃.wav"_s);
         const QString resource = makeFile(u"share/chime.wav"_s);
         QTest::newRow("a file of an odd name") << file << file;
+        QVERIFY(::close(::creat(notUtf8.constData(), 0600)) == 0);
+        QTest::newRow("a file whose name is not UTF-8")
+            << QFile::decodeName(notUtf8) << QFile::decodeName(notUtf8);
         QTest::newRow("a resource") << u"chime.wav"_s << resource;
         QTest::newRow("a folder is not looked up as a resource") << folder.path() << folder.path();
         QTest::newRow("a resource is found by its whole name only") << u"chime"_s << QString();
