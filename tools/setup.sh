@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.." || exit 1
 
 fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
-build_packages="g++ cmake ninja-build pkg-config sqlite3 qt6-base-dev libqt6svg6-dev libsqlite3-dev
+build_packages="g++ cmake ninja-build pkg-config sqlite3 qt6-base-dev qt6-svg-dev libsqlite3-dev
     libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
 
 as_root() {
