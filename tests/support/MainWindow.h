@@ -1,0 +1,179 @@
+#pragma once
+
+#include "app/AppStore.h"
+#include "core/AVPlayer.h"
+#include "core/TickTimer.h"
+#include "platform/Resources.h"
+#include "store/HistoryStore.h"
+#include "store/HolidayStore.h"
+#include "store/PlanStore.h"
+#include "store/Records.h"
+#include "support/Controls.h"
+#include "support/FakePlayer.h"
+#include "support/SetClock.h"
+#include "support/TemplateDatabase.h"
+#include "ui/Card.h"
+#include "ui/CardGrid.h"
+#include "ui/ContentView.h"
+#include "ui/Group.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QListWidget>
+#include <QPointer>
+#include <QTest>
+#include <QToolBar>
+
+#include <algorithm>
+
+/// The main window over shared objects of its own: an empty database, a clock that stands on a Monday just
+/// before eight, players that make no sound. Lists are filled before open().
+class MainWindow final
+{
+    Q_DISABLE_COPY_MOVE(MainWindow)
+
+public:
+    MainWindow() = default;
+
+    /// A plan for Monday to Friday, in the list and with a file of the name of its title.
+    Plan addPlan(const QString &title, const QString &begin = QStringLiteral("08:00"))
+    {
+        Plan plan{.id = Records::newId(), .title = title, .begin = begin, .end = QStringLiteral("09:30")};
+        plan.music = title + QStringLiteral(".ogg");
+        plan.content = folder.filePath(plan.music);
+        QFile(plan.content).open(QIODevice::WriteOnly);
+        for (size_t day = 1; day <= 5; ++day)
+            plan.*planWeekdays[day] = true;
+        planStore.addPlan(plan);
+        return plan;
+    }
+
+    /// A holiday that is long over, in the list.
+    Holiday addHoliday(const QString &title, const QString &begin = QStringLiteral("2024-10-01"))
+    {
+        const Holiday holiday{false, Records::newId(), title, begin, QStringLiteral("2024-10-07")};
+        holidayStore.addHoliday(holiday);
+        return holiday;
+    }
+
+    void open(bool animated = false)
+    {
+        for (CardGrid *grid : window.findChildren<CardGrid *>())
+            grid->setAnimated(animated);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+
+    void openInEditMode()
+    {
+        open();
+        appStore.isEditMode = true;
+        QTRY_VERIFY(control(toolBar(), QStringLiteral("Delete")));
+    }
+
+    /// Lets the window's timer see the time of day, "HH:mm:ss".
+    void tick(const char *time)
+    {
+        clock.set(qPrintable(QStringLiteral("2026-03-02 ") + QString::fromLatin1(time)));
+        window.findChild<TickTimer *>()->fire();
+    }
+
+    QToolBar *toolBar() const { return window.findChild<QToolBar *>(); }
+    QListWidget *list() const { return window.findChild<QListWidget *>(); }
+
+    /// The column of the sidebar, and in it the line of the clock.
+    QWidget *column() const { return list()->parentWidget(); }
+    QLabel *clockLine() const { return column()->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly); }
+
+    /// Clicks the row of that text in the sidebar.
+    void chooseScreen(const QString &text, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        const QListWidgetItem *row = list()->findItems(text, Qt::MatchExactly).value(0);
+        QVERIFY(row);
+        QTest::mouseClick(list()->viewport(), Qt::LeftButton, modifiers,
+                          list()->visualItemRect(row).center());
+        if (!modifiers)
+            QTRY_VERIFY(control<CardGrid>(&window, text));
+    }
+
+    /// The card of that title on the screen that is shown; null when there is none.
+    Card *card(const QString &title) const
+    {
+        const auto cards = window.findChildren<Card *>();
+        const auto found = std::find_if(cards.begin(), cards.end(), [&title](const Card *card) {
+            return card->isVisible() && card->title() == title;
+        });
+        return found == cards.end() ? nullptr : *found;
+    }
+
+    /// The dialog of that kind over the window, once it gets the keys; null when none comes.
+    template<typename Dialog = QDialog>
+    QPointer<Dialog> dialog() const
+    {
+        const auto find = [this] { return window.findChild<Dialog *>(); };
+        const bool isActive =
+            QTest::qWaitFor([&] { return find() && QApplication::activeWindow() == find(); });
+        return isActive ? find() : nullptr;
+    }
+
+    /// Waits until the dialogs are gone and the keys go to the window again, which a display without a window
+    /// manager leaves to us.
+    void closeDialogs()
+    {
+        QTRY_VERIFY(!window.findChild<QDialog *>());
+        window.activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), &window);
+    }
+
+    /// The log in the order in which it was written: "Morning 08:00:00 - 08:30:00".
+    QStringList log() const
+    {
+        return base.rows(QStringLiteral(
+            "select title || ' ' || substr(begin, 12) || ' - ' || coalesce(substr(end, 12), '')"
+            " from history order by rowid"));
+    }
+
+    const TemplateDatabase base;
+    SetClock clock{"2026-03-02 07:59:58"};
+    FakePlayer::Stage stage;
+    AppStore appStore;
+    PlanStore planStore{base.db};
+    HolidayStore holidayStore{base.db};
+    HistoryStore historyStore{base.db, clock};
+
+private:
+    const QTemporaryDir folder;
+    const Resources resources{folder.path()};
+
+public:
+    AVPlayer avPlayer{FakePlayer::factory(stage), resources};
+    ContentView window{{appStore, planStore, holidayStore, historyStore, avPlayer, clock, resources}};
+};
+
+/// Presses a key where the focus is.
+inline void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+{
+    QTRY_VERIFY(QApplication::focusWidget());
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+}
+
+/// What a card shows, in reading order: its texts, and its icons by their names.
+inline QStringList contents(const Card *card)
+{
+    QStringList shown;
+    for (const QWidget *widget : card->findChild<Group *>()->findChildren<QWidget *>()) {
+        const auto *label = qobject_cast<const QLabel *>(widget);
+        const QString text = label && !label->text().isEmpty() ? label->text() : widget->accessibleName();
+        if (widget->isVisible() && !text.isEmpty())
+            shown << text;
+    }
+    return shown;
+}
+
+/// The colour behind what a card shows.
+inline QColor background(Card *card)
+{
+    return card->grab().toImage().pixelColor(card->width() / 2, 2);
+}
