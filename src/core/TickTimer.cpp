@@ -4,6 +4,8 @@
 #include "core/TimeText.h"
 #include "platform/Clock.h"
 
+using namespace std::chrono_literals;
+
 TickTimer::TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent)
     : QObject(parent)
     , clock(clock)
@@ -14,21 +16,24 @@ TickTimer::TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent)
     connect(&timer, &QTimer::timeout, this, &TickTimer::fire);
 }
 
-std::chrono::milliseconds TickTimer::untilNextSecond() const
+std::chrono::milliseconds TickTimer::untilNextTick() const
 {
-    return std::chrono::milliseconds(1000 - clock.now().time().msec());
+    // A tick that a locked database held up may have ended in a later second.
+    if (!scheduler.nowTime->isEmpty() && !isTicked())
+        return 0ms;
+    return 1s - std::chrono::milliseconds(clock.now().time().msec());
 }
 
 void TickTimer::start()
 {
-    timer.start(untilNextSecond());
+    timer.start(untilNextTick());
 }
 
 void TickTimer::fire()
 {
     if (!isTicked())
         scheduler.tick();
-    timer.start(untilNextSecond());
+    timer.start(untilNextTick());
 }
 
 bool TickTimer::isTicked() const

@@ -22,8 +22,9 @@ class TickTimer final : public QObject
 public:
     TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent = nullptr);
 
-    /// How long it is until the next second of the wall clock has begun: 1 … 1000 ms.
-    std::chrono::milliseconds untilNextSecond() const;
+    /// How long it is until a tick is due: until the next second of the wall clock has begun, 1 … 1000 ms, or
+    /// no time at all when the present one has begun unticked.
+    std::chrono::milliseconds untilNextTick() const;
 
     /// Begins to fire; the first tick comes with the next second.
     void start();

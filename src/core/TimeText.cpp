@@ -15,7 +15,7 @@ QString TimeText::formatDate(const QDateTime &moment, QStringView pattern)
 
 QDateTime TimeText::toDate(const QString &text, QStringView pattern, const Clock &clock)
 {
-    const QDateTime moment = QDateTime::fromString(text, pattern.toString());
+    QDateTime moment = QDateTime::fromString(text, pattern.toString());
     if (moment.isValid())
         return moment;
     // Where summer time begins at midnight, this is what finds the day of a holiday.
