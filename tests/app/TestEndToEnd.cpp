@@ -27,7 +27,7 @@ private:
     WallClockFile clock;
     QProcess belfry;
 
-    void start()
+    QProcessEnvironment environment() const
     {
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"HOME"_s, home.path());
@@ -35,8 +35,14 @@ private:
         environment.insert(u"XDG_RUNTIME_DIR"_s, home.path());
         environment.remove(u"XDG_DOCUMENTS_DIR"_s);
         environment.insert(u"PULSE_SERVER"_s, QFile::decodeName(server.address()));
-        clock.addTo(environment);
-        belfry.setProcessEnvironment(environment);
+        return environment;
+    }
+
+    void start()
+    {
+        auto withClock = environment();
+        clock.addTo(withClock);
+        belfry.setProcessEnvironment(withClock);
         belfry.start(QStringLiteral(BELFRY_PROGRAM), QStringList());
         QVERIFY(belfry.waitForStarted());
     }
@@ -79,6 +85,20 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(lines), u"数据库不存在：%1\nbundleDbPath = %2/data.db\n"_s.arg(
                                                database, QStringLiteral(BELFRY_RESOURCES)));
         QVERIFY(QFile::exists(database));
+    }
+
+    // Else the connection to the display takes its place, and what is printed breaks that.
+    void closedOutput_isReplaced()
+    {
+        QProcess shell;
+        shell.setProcessEnvironment(environment());
+        shell.start(u"/bin/sh"_s, {u"-c"_s, u"exec \"$0\" <&- >&- 2>&-"_s, QStringLiteral(BELFRY_PROGRAM)});
+        QVERIFY(shell.waitForStarted());
+        for (int descriptor = 0; descriptor < 3; ++descriptor)
+            QTRY_COMPARE(QFile::symLinkTarget(u"/proc/%1/fd/%2"_s.arg(shell.processId()).arg(descriptor)),
+                         u"/dev/null"_s);
+        shell.terminate();
+        QVERIFY(shell.waitForFinished());
     }
 
     void aPlan_ringsOnTheSecondAndStopsOnTheSecond()
