@@ -9,15 +9,15 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // The flags and their columns, in the order of the table.
-constexpr std::array<std::pair<bool Plan::*, QStringView>, 9> flags{{{&Plan::isLoop, u"isloop"},
-                                                                     {&Plan::isMusic, u"ismusic"},
-                                                                     {&Plan::week0, u"week0"},
-                                                                     {&Plan::week1, u"week1"},
-                                                                     {&Plan::week2, u"week2"},
-                                                                     {&Plan::week3, u"week3"},
-                                                                     {&Plan::week4, u"week4"},
-                                                                     {&Plan::week5, u"week5"},
-                                                                     {&Plan::week6, u"week6"}}};
+const std::array<std::pair<bool Plan::*, QString>, 9> flags{{{&Plan::isLoop, u"isloop"_s},
+                                                             {&Plan::isMusic, u"ismusic"_s},
+                                                             {&Plan::week0, u"week0"_s},
+                                                             {&Plan::week1, u"week1"_s},
+                                                             {&Plan::week2, u"week2"_s},
+                                                             {&Plan::week3, u"week3"_s},
+                                                             {&Plan::week4, u"week4"_s},
+                                                             {&Plan::week5, u"week5"_s},
+                                                             {&Plan::week6, u"week6"_s}}};
 
 QString flagText(bool flag)
 {
@@ -39,7 +39,7 @@ Plan planOf(FMResultSet &row)
     plan.music = Records::text(row, u"music"_s);
     plan.content = Records::text(row, u"content"_s);
     for (const auto &[flag, column] : flags)
-        plan.*flag = isTrue(row[column.toString()]);
+        plan.*flag = isTrue(row[column]);
     return plan;
 }
 
@@ -72,13 +72,13 @@ QString insertStatement(const Plan &plan)
 
 QString updateStatement(const Plan &plan)
 {
-    const auto assignment = [](QStringView column, const QString &value) {
-        return u"         "_s + column.toString().leftJustified(8) + u"='"_s + value + u'\'';
+    const auto assignment = [](const QString &column, const QString &value) {
+        return u"         "_s + column.leftJustified(8) + u"='"_s + value + u'\'';
     };
-    QStringList assignments{assignment(u"title", Records::quoted(plan.title)),
-                            assignment(u"begin", plan.begin), assignment(u"end", plan.end),
-                            assignment(u"music", Records::quoted(plan.music)),
-                            assignment(u"content", Records::quoted(plan.content))};
+    QStringList assignments{assignment(u"title"_s, Records::quoted(plan.title)),
+                            assignment(u"begin"_s, plan.begin), assignment(u"end"_s, plan.end),
+                            assignment(u"music"_s, Records::quoted(plan.music)),
+                            assignment(u"content"_s, Records::quoted(plan.content))};
     for (const auto &[flag, column] : flags)
         assignments += assignment(column, flagText(plan.*flag));
     return u"update plan set\n"_s + assignments.join(u",\n"_s) + u"\nwhere id = '"_s + plan.id + u'\'';
