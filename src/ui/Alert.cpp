@@ -1,5 +1,6 @@
 #include "ui/Alert.h"
 
+#include "ui/FocusRing.h"
 #include "ui/Style.h"
 
 #include <QLabel>
@@ -70,6 +71,7 @@ QMessageBox *Alert::show(QWidget *over, const QString &title, const QString &mes
     showAsItStands(box, message);
     for (const Button &button : buttons)
         addButton(box, over, button);
+    new FocusRing(box);
     box->open();
     return box;
 }

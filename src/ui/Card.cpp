@@ -1,6 +1,7 @@
 #include "ui/Card.h"
 
 #include "ui/ElidedLabel.h"
+#include "ui/Group.h"
 #include "ui/IconButton.h"
 #include "ui/Style.h"
 #include "ui/SymbolLabel.h"
@@ -11,23 +12,29 @@
 #include <QVBoxLayout>
 
 Card::Card(int leastHeight, int mostHeight, QWidget *parent)
-    : Group(parent)
+    : QWidget(parent)
     , leastHeight(leastHeight)
     , mostHeight(mostHeight)
-    , title(new ElidedLabel)
+    , group(new Group(this))
+    , titleLabel(new ElidedLabel)
     , titleRow(new QHBoxLayout)
-    , column(new QVBoxLayout(this))
+    , column(new QVBoxLayout(group))
 {
     column->setContentsMargins(Style::inset, Style::inset, Style::inset, Style::inset);
     column->setSpacing(0);
     titleRow->setSpacing(0);
-    titleRow->addWidget(title, 1);
+    titleRow->addWidget(titleLabel, 1);
     titleRow->addStrut(Style::hitSize);
     column->addLayout(titleRow);
-    title->setColor(Style::white);
-    title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    title->show();
+    titleLabel->setColor(Style::white);
+    titleLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    titleLabel->show();
     updateTitleFont();
+}
+
+QString Card::title() const
+{
+    return titleLabel->text();
 }
 
 QList<QWidget *> Card::controls() const
@@ -50,10 +57,10 @@ QSize Card::sizeHint() const
 
 void Card::setTitle(const QString &newTitle)
 {
-    if (title->text() == newTitle)
+    if (title() == newTitle)
         return;
-    title->setText(newTitle);
-    setAccessibleName(newTitle);
+    titleLabel->setText(newTitle);
+    group->setAccessibleName(newTitle);
 }
 
 void Card::setColor(const QColor &newColor)
@@ -108,7 +115,7 @@ void Card::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange)
         updateTitleFont();
-    Group::changeEvent(event);
+    QWidget::changeEvent(event);
 }
 
 void Card::paintEvent(QPaintEvent *)
@@ -120,6 +127,11 @@ void Card::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
 }
 
+void Card::resizeEvent(QResizeEvent *)
+{
+    group->setGeometry(rect());
+}
+
 void Card::addToTitleRow(QWidget *widget)
 {
     titleRow->addWidget(widget, 0, Qt::AlignTop);
@@ -128,5 +140,5 @@ void Card::addToTitleRow(QWidget *widget)
 
 void Card::updateTitleFont()
 {
-    title->setFont(Style::titleFont(font()));
+    titleLabel->setFont(Style::titleFont(font()));
 }

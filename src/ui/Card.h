@@ -1,8 +1,9 @@
 #pragma once
 
-#include "ui/Group.h"
+#include <QWidget>
 
 class ElidedLabel;
+class Group;
 class IconButton;
 class QHBoxLayout;
 class QVBoxLayout;
@@ -12,8 +13,9 @@ class SymbolLabel;
 ///
 /// A screen derives its kind of card from it, builds the lines in its constructor and fills them from a
 /// record. Every setter does nothing when nothing changes, so a card may be filled again at any time. Texts
-/// are elided and never change the size. Assistive technology sees one group named by the title.
-class Card : public Group
+/// are elided and never change the size. Assistive technology sees one group named by the title; it lies in a
+/// box of its own, so that whatever is near the title there belongs to this card.
+class Card : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(Card)
@@ -21,6 +23,8 @@ class Card : public Group
 public:
     /// A card between `leastHeight` and `mostHeight` high, except where a large font needs more.
     Card(int leastHeight, int mostHeight, QWidget *parent = nullptr);
+
+    QString title() const;
 
     /// The controls that can have the focus now, in tab order.
     QList<QWidget *> controls() const;
@@ -50,6 +54,7 @@ protected:
 
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void addToTitleRow(QWidget *widget);
@@ -58,7 +63,8 @@ private:
     int leastHeight;
     int mostHeight;
     QColor color;
-    ElidedLabel *title;
+    Group *group;
+    ElidedLabel *titleLabel;
     QHBoxLayout *titleRow;
     QVBoxLayout *column;
 };

@@ -443,7 +443,7 @@ void CardGrid::finishMovement()
 
 void CardGrid::startTilt()
 {
-    auto *effect = new TiltEffect;
+    auto *effect = new TiltEffect(*viewport(), shadow.margin());
     viewport()->setGraphicsEffect(effect);
     connect(&tilt, &QVariantAnimation::valueChanged, effect,
             [effect](const QVariant &degrees) { effect->setDegrees(degrees.toDouble()); });

@@ -5,6 +5,7 @@
 #include "store/HolidayStore.h"
 #include "store/PlanStore.h"
 #include "ui/Alert.h"
+#include "ui/FocusRing.h"
 #include "ui/HolidayEdit.h"
 #include "ui/PlanEdit.h"
 #include "ui/Refresher.h"
@@ -52,13 +53,14 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
     createToolBar();
     showMode();
     sidebar->setFocus();
+    new FocusRing(this);
     new Refresher([this] { showMode(); }, {&environment.appStore}, this);
     new Refresher([this] { showEditors(); }, {&environment.planStore, &environment.holidayStore}, this);
 }
 
 void ContentView::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::PaletteChange && editMode)
+    if ((event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) && editMode)
         showMode();
     QMainWindow::changeEvent(event);
 }
@@ -68,10 +70,10 @@ void ContentView::createToolBar()
     toolBar = addToolBar(tr("Toolbar"));
     toolBar->setMovable(false);
     toolBar->setContextMenuPolicy(Qt::PreventContextMenu);
-    toolBar->setIconSize({Style::iconSize, Style::iconSize});
     toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
 
     toggleSidebar = addButton(tr("Toggle Sidebar"), [this] { sidebar->toggleSidebar(); });
+    toggleSidebar->setIcon(Symbol::icon(u"sidebar.left"_s));
     qobject_cast<QToolButton *>(toolBar->widgetForAction(toggleSidebar))
         ->setToolButtonStyle(Qt::ToolButtonIconOnly);
     auto *space = new QWidget;
@@ -105,7 +107,7 @@ void ContentView::showMode()
         button->setVisible(isEditMode);
     editMode->setText(isEditMode ? tr("Finish") : tr("Edit"));
 
-    toggleSidebar->setIcon(Symbol::icon(u"sidebar.left"_s, palette().color(QPalette::ButtonText)));
+    toolBar->setIconSize(Style::iconSizeBeside(font()));
     tint(deleteButton, u"trash"_s, Style::Accent::red);
     tint(selectAllButton, selectAllSymbol(), Style::Accent::red);
     tint(addPlan, u"plus"_s, Style::Accent::green);

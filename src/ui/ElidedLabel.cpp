@@ -6,6 +6,8 @@
 #include <QToolTip>
 #include <QtMath>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
@@ -50,6 +52,8 @@ bool ElidedLabel::event(QEvent *event)
 void ElidedLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    if (std::any_of(text().cbegin(), text().cend(), [](QChar character) { return character.isLetter(); }))
+        painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     painter.setPen(color.isValid() ? color : palette().color(foregroundRole()));
     const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width(), Qt::TextSingleLine);
     const Qt::Alignment leading = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);

@@ -4,7 +4,8 @@
 
 /// One line of plain text that gives way: what does not fit is elided, and the whole text is its tool tip.
 ///
-/// Its height is that of its font whatever characters it shows, and its least width is 0.
+/// Its height is that of its font whatever characters it shows, and its least width is 0. Words run in the
+/// direction of their script, numbers alone in that of the layout.
 class ElidedLabel final : public QLabel
 {
     Q_OBJECT

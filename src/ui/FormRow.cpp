@@ -15,6 +15,7 @@ FormRow::FormRow(const QString &text, QWidget *parent)
     row->setContentsMargins({});
     row->setSpacing(Style::spacing);
     row->addWidget(label);
+    row->addSpacing(Style::fieldOffset - Style::labelWidth - Style::spacing);
     updateLabelWidth();
 }
 
@@ -41,8 +42,5 @@ void FormRow::changeEvent(QEvent *event)
 
 void FormRow::updateLabelWidth()
 {
-    // A large font needs more, and the same in every row.
-    constexpr int ordinaryHeight = 19;
-    label->setFixedWidth(
-        std::max(Style::labelWidth, Style::labelWidth * fontMetrics().height() / ordinaryHeight));
+    label->setFixedWidth(Style::grown(Style::labelWidth, font()));
 }

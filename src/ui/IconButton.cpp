@@ -58,9 +58,6 @@ void IconButton::paintEvent(QPaintEvent *)
     icon.moveCenter(rect().center());
     Symbol::paint(&painter, icon, isChecked() ? checkedSymbol : symbol,
                   isDown() ? Style::white : Style::softWhite);
-    if (!hasFocus())
-        return;
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Style::white, 2));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 5, 5);
+    if (hasFocus())
+        Style::paintFocus(&painter, rect(), Style::white);
 }

@@ -43,13 +43,13 @@ void LinearProgress::paintEvent(QPaintEvent *)
     painter.setPen(Qt::NoPen);
     const QRectF track = rect();
     const qreal radius = track.height() / 2;
-    painter.setBrush(Style::white);
+    painter.setBrush(Style::trackColor);
     painter.drawRoundedRect(track, radius, radius);
 
-    QRectF done = track.adjusted(1, 1, -1, -1);
-    done.setWidth(done.width() * value() / steps);
+    QRectF done = track;
+    done.setWidth(track.width() * value() / steps);
     if (layoutDirection() == Qt::RightToLeft)
-        done.moveRight(track.right() - 1);
-    painter.setBrush(Style::green);
-    painter.drawRoundedRect(done, radius - 1, radius - 1);
+        done.moveRight(track.right());
+    painter.setBrush(Style::lightGreen);
+    painter.drawRoundedRect(done, radius, radius);
 }

@@ -2,7 +2,7 @@
 
 #include <QProgressBar>
 
-/// A thin progress bar in the standard green on a light track, without a text.
+/// A thin progress bar in a light green on a dark track, without a text.
 class LinearProgress final : public QProgressBar
 {
     Q_OBJECT

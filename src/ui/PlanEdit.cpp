@@ -110,7 +110,7 @@ void PlanEdit::addLoopRow()
 void PlanEdit::addMusicRow()
 {
     const QString symbol = plan.isMusic ? u"music.note"_s : u"folder"_s;
-    auto *choose = new QPushButton(Symbol::icon(symbol, palette().color(QPalette::ButtonText)), QString());
+    auto *choose = new QPushButton(Symbol::icon(symbol), QString());
     choose->setIconSize(fileIconSize);
     choose->setAccessibleName(tr("Choose File"));
     choose->setToolTip(tr("Choose File"));

@@ -54,7 +54,7 @@ void PlanItem::show(const Plan &shown)
     select->setChecked(plan.isChecked);
     timeSpan->setText(plan.begin + u" - "_s + plan.end);
     for (int day = 0; day < int(planWeekdays.size()); ++day)
-        weekdays->setColor(day, plan.*planWeekdays[size_t(day)] ? Style::softWhite : Style::softGrey);
+        weekdays->setOn(day, plan.*planWeekdays[size_t(day)]);
     music->setText(plan.music);
     playbackRow->setVisible(plan.isPlaying);
     if (plan.isPlaying) {

@@ -18,7 +18,7 @@ public:
         setText(text);
         setCheckable(true);
         setAutoExclusive(true);
-        setFocusPolicy(Qt::StrongFocus);
+        setFocusPolicy(Qt::ClickFocus);
     }
 
     QSize sizeHint() const override
@@ -34,12 +34,14 @@ protected:
         painter.setRenderHint(QPainter::Antialiasing);
         const QRectF frame = QRectF(rect()).adjusted(1, 1, -1, -1);
         const QColor blue = Style::accent(Style::Accent::blue, palette());
-        painter.setPen(QPen(hasFocus() ? palette().color(QPalette::WindowText) : Qt::transparent, 2));
+        painter.setPen(Qt::NoPen);
         painter.setBrush(isChecked() ? blue : QColor(Qt::transparent));
         painter.drawRoundedRect(frame, corner, corner);
         painter.setPen(isChecked() ? palette().color(QPalette::Window)
                                    : palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter, text());
+        if (hasFocus())
+            Style::paintFocus(&painter, rect(), palette().color(QPalette::WindowText));
     }
 };
 
@@ -53,7 +55,8 @@ SegmentedChoice::SegmentedChoice(const QStringList &texts, QWidget *parent) : Gr
     for (const QString &text : texts) {
         auto *segment = new Segment(text);
         const int index = int(segments.size());
-        connect(segment, &QAbstractButton::toggled, this, [this, index](bool checked) {
+        connect(segment, &QAbstractButton::toggled, this, [this, segment, index](bool checked) {
+            segment->setFocusPolicy(checked ? Qt::StrongFocus : Qt::ClickFocus);
             if (checked)
                 Q_EMIT choiceChanged(index);
         });

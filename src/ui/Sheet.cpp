@@ -1,22 +1,14 @@
 #include "ui/Sheet.h"
 
+#include "ui/FocusRing.h"
+#include "ui/FormRow.h"
 #include "ui/Style.h"
 #include "ui/Symbol.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
-namespace {
-
-/// By how much the buttons stand behind the rows' beginning.
-constexpr int buttonOffset = 70;
-/// The spaces on either side of the buttons.
-constexpr int emptyCount = 2;
-
-} // namespace
-
-Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window())
+Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window()), buttons(new FormRow(QString()))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
@@ -28,17 +20,14 @@ Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window())
     rows = new QVBoxLayout(content);
     rows->setContentsMargins({});
     rows->setSpacing(Style::spacing);
-    buttons = new QHBoxLayout;
-    buttons->setSpacing(Style::spacing);
-    buttons->addSpacing(buttonOffset);
-    buttons->addStretch();
-    rows->addLayout(buttons);
+    rows->addWidget(buttons, 0, Qt::AlignLeading);
     rows->addStretch();
 
     auto *frame = new QVBoxLayout(this);
     frame->setContentsMargins(Style::inset, Style::inset, Style::inset, Style::inset);
     frame->setSizeConstraint(QLayout::SetFixedSize);
     frame->addWidget(content);
+    new FocusRing(this);
 }
 
 void Sheet::addRow(QWidget *row)
@@ -48,9 +37,10 @@ void Sheet::addRow(QWidget *row)
 
 QPushButton *Sheet::addButton(const QString &symbol, const QString &text)
 {
-    auto *button = new QPushButton(Symbol::icon(symbol, palette().color(QPalette::ButtonText)), text);
-    button->setDefault(buttons->count() == emptyCount);
-    buttons->insertWidget(buttons->count() - 1, button);
+    auto *button = new QPushButton(Symbol::icon(symbol), text);
+    button->setIconSize(Style::iconSizeBeside(font()));
+    button->setDefault(!buttons->findChild<QPushButton *>());
+    buttons->addField(button);
     return button;
 }
 

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-class QHBoxLayout;
+class FormRow;
 class QPushButton;
 class QVBoxLayout;
 
@@ -30,5 +30,5 @@ protected:
 
 private:
     QVBoxLayout *rows;
-    QHBoxLayout *buttons;
+    FormRow *buttons;
 };

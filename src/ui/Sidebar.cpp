@@ -25,7 +25,7 @@ namespace {
 constexpr int columnWidth = 120;
 constexpr int symbolRole = Qt::UserRole;
 
-// Gives the rows of the list room to breathe.
+// Gives the rows of the list room to breathe, and a frame to the one with the focus.
 class RowDelegate final : public QStyledItemDelegate
 {
 public:
@@ -34,6 +34,17 @@ public:
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {
         return QStyledItemDelegate::sizeHint(option, index).grownBy({0, Style::lineGap, 0, Style::lineGap});
+    }
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        QStyleOptionViewItem row(option);
+        row.state.setFlag(QStyle::State_HasFocus, false);
+        QStyledItemDelegate::paint(painter, row, index);
+        const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+        if (option.state.testFlag(QStyle::State_HasFocus))
+            Style::paintFocus(painter, option.rect,
+                              option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text));
     }
 };
 
@@ -92,7 +103,6 @@ QWidget *Sidebar::makeColumn()
     list->setItemDelegate(new RowDelegate(list));
     list->setFrameShape(QFrame::NoFrame);
     list->viewport()->setAutoFillBackground(false);
-    list->setIconSize({Style::iconSize, Style::iconSize});
     list->setAccessibleName(tr("Screens"));
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
@@ -143,6 +153,9 @@ void Sidebar::tint()
     colors.setColor(QPalette::Highlight, Style::accent(Style::Accent::blue, palette()));
     colors.setColor(QPalette::HighlightedText, palette().color(QPalette::Active, QPalette::Window));
     list->setPalette(colors);
+    colors.setColor(QPalette::Mid, Style::lineColor(palette()));
+    separator->setPalette(colors);
+    list->setIconSize(Style::iconSizeBeside(font()));
     for (int row = 0; row < list->count(); ++row) {
         QListWidgetItem *item = list->item(row);
         const QColor color = colors.color(item->isSelected() ? QPalette::HighlightedText : QPalette::Text);
@@ -152,7 +165,7 @@ void Sidebar::tint()
 
 void Sidebar::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::PaletteChange)
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)
         tint();
     QWidget::changeEvent(event);
 }

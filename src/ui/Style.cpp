@@ -1,5 +1,8 @@
 #include "ui/Style.h"
 
+#include <QFontMetrics>
+#include <QPainter>
+
 #include <algorithm>
 
 bool Style::isDark(const QPalette &palette)
@@ -19,6 +22,37 @@ QColor Style::accent(Accent accent, const QPalette &palette)
         break;
     }
     return dark ? QColor(108, 176, 255) : QColor(11, 94, 215);
+}
+
+QColor Style::lineColor(const QPalette &palette)
+{
+    QColor line = palette.color(QPalette::WindowText);
+    line.setAlphaF(0.25F);
+    return line;
+}
+
+int Style::grown(int length, const QFont &font)
+{
+    constexpr int usualHeight = 19;
+    return std::max(length, length * QFontMetrics(font).height() / usualHeight);
+}
+
+QSize Style::iconSizeBeside(const QFont &font)
+{
+    const int side = grown(iconSize, font);
+    return {side, side};
+}
+
+void Style::paintFocus(QPainter *painter, const QRect &rect, const QColor &color)
+{
+    constexpr int width = 2;
+    constexpr int corner = 5;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QPen(color, width));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), corner, corner);
+    painter->restore();
 }
 
 QFont Style::scaled(QFont font, qreal factor)

@@ -6,6 +6,8 @@
 #include <QPalette>
 #include <QSize>
 
+class QPainter;
+
 /// The measures, colours and curves that the screens share. Lengths are in device-independent pixels.
 namespace Style {
 
@@ -27,14 +29,19 @@ inline constexpr int hitSize = 24;
 inline constexpr QSize sheetSize{450, 250};
 inline constexpr QSize sheetMaximum{800, 600};
 inline constexpr int labelWidth = 60;
+/// By how much fields and buttons stand behind the beginning of a form's rows.
+inline constexpr int fieldOffset = 70;
 
 inline constexpr int animationMilliseconds = 800;
 
 inline constexpr QColor planColor{255, 89, 101};
 inline constexpr QColor holidayColor{142, 90, 247};
 inline constexpr QColor historyColor{0, 133, 255};
-/// The standard green: the card of a plan that plays, and the progress of its playback.
+/// The standard green: the card of a plan that plays.
 inline constexpr QColor green{20, 117, 54};
+/// The progress of a playback, and what lies under it.
+inline constexpr QColor lightGreen{144, 238, 161};
+inline constexpr QColor trackColor{0, 0, 0, 90};
 
 /// White text and icons on a card, full and softened.
 inline constexpr QColor white{255, 255, 255};
@@ -49,6 +56,18 @@ bool isDark(const QPalette &palette);
 
 /// The accent as text or icon on the window background of `palette`, at a contrast of at least 4.5 to 1.
 QColor accent(Accent accent, const QPalette &palette);
+
+/// A line between two areas on the window background of `palette`.
+QColor lineColor(const QPalette &palette);
+
+/// `length` in proportion to `font` where that is larger than usual.
+int grown(int length, const QFont &font);
+
+/// The size of an icon beside text in `font`.
+QSize iconSizeBeside(const QFont &font);
+
+/// Draws the frame of a control that has the keyboard focus, just inside `rect`.
+void paintFocus(QPainter *painter, const QRect &rect, const QColor &color);
 
 /// `font` in a size multiplied by `factor`.
 QFont scaled(QFont font, qreal factor);

@@ -3,8 +3,10 @@
 #include "platform/Log.h"
 #include "platform/Resources.h"
 
+#include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
+#include <QPalette>
 #include <QPixmapCache>
 #include <QSet>
 #include <QSvgRenderer>
@@ -102,9 +104,9 @@ public:
 private:
     QColor tint(QIcon::Mode mode) const
     {
-        QColor tinted = color;
+        QColor tinted = color.isValid() ? color : QGuiApplication::palette().color(QPalette::ButtonText);
         if (mode == QIcon::Disabled)
-            tinted.setAlphaF(color.alphaF() * 0.4F);
+            tinted.setAlphaF(tinted.alphaF() * 0.4F);
         return tinted;
     }
 

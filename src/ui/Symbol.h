@@ -10,8 +10,9 @@ class QPainter;
 /// is an empty icon, and logged once: the text beside it, or its accessible name, still tells what it does.
 namespace Symbol {
 
-/// The symbol in `color`; disabled controls show it fainter.
-QIcon icon(const QString &name, const QColor &color);
+/// The symbol in `color`, or in that which texts on buttons have when it is drawn; disabled controls show it
+/// fainter.
+QIcon icon(const QString &name, const QColor &color = {});
 
 /// Draws the symbol in `color`, filling `target`.
 void paint(QPainter *painter, const QRect &target, const QString &name, const QColor &color);

@@ -23,9 +23,10 @@ TextRow::TextRow(const QStringList &texts, QWidget *parent) : QWidget(parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void TextRow::setColor(int index, const QColor &color)
+void TextRow::setOn(int index, bool on)
 {
-    labels[index]->setColor(color);
+    labels[index]->setColor(on ? Style::softWhite : Style::softGrey);
+    labels[index]->setEnabled(on);
 }
 
 QSize TextRow::minimumSizeHint() const

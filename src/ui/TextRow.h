@@ -5,7 +5,8 @@
 
 class ElidedLabel;
 
-/// Short texts side by side, such as the days of a week, each in a colour of its own.
+/// Short texts side by side, such as the days of a week, each of which is on, in soft white, or off, in soft
+/// grey and disabled.
 ///
 /// They share a font, which gets smaller where the row is too narrow for them.
 class TextRow final : public QWidget
@@ -16,7 +17,7 @@ class TextRow final : public QWidget
 public:
     explicit TextRow(const QStringList &texts, QWidget *parent = nullptr);
 
-    void setColor(int index, const QColor &color);
+    void setOn(int index, bool on);
 
     QSize minimumSizeHint() const override;
 

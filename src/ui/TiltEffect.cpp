@@ -1,9 +1,12 @@
 #include "ui/TiltEffect.h"
 
 #include <QPainter>
+#include <QWidget>
 #include <QtMath>
 
 #include <algorithm>
+
+TiltEffect::TiltEffect(const QWidget &page, int margin) : page(page), margin(margin) {}
 
 QTransform TiltEffect::transform(const QRectF &rect, double degrees)
 {
@@ -25,10 +28,13 @@ void TiltEffect::setDegrees(double newDegrees)
 void TiltEffect::draw(QPainter *painter)
 {
     QPoint offset;
-    const QPixmap page = sourcePixmap(Qt::LogicalCoordinates, &offset, QGraphicsEffect::NoPad);
+    const QPixmap picture = sourcePixmap(Qt::LogicalCoordinates, &offset, QGraphicsEffect::NoPad);
+    const QRect filled = page.childrenRect().adjusted(-margin, -margin, margin, margin) & page.rect();
+    const qreal ratio = picture.devicePixelRatio();
     painter->save();
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
     painter->setTransform(transform(sourceBoundingRect(), degrees), true);
-    painter->drawPixmap(offset, page);
+    const QRectF source(QPointF(filled.topLeft() - offset) * ratio, QSizeF(filled.size()) * ratio);
+    painter->drawPixmap(QRectF(filled), picture, source);
     painter->restore();
 }

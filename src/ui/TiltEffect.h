@@ -13,7 +13,9 @@ public:
     /// What the page starts from when it is first shown.
     static constexpr double startDegrees = 20;
 
-    using QGraphicsEffect::QGraphicsEffect;
+    /// For `page`, whose children reach beyond themselves by `margin` at most, with their shadows. The rest
+    /// of it is of one colour and is left out, as turning a pixel is expensive.
+    TiltEffect(const QWidget &page, int margin);
 
     /// The turn of a rectangle by `degrees`: positive ones bring its lower edge nearer.
     static QTransform transform(const QRectF &rect, double degrees);
@@ -24,5 +26,7 @@ protected:
     void draw(QPainter *painter) override;
 
 private:
+    const QWidget &page;
+    int margin;
     double degrees = startDegrees;
 };

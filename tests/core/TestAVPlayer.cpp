@@ -1,6 +1,7 @@
 #include "core/AVPlayer.h"
 
 #include "support/FakePlayer.h"
+#include "support/Table.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -31,19 +32,9 @@ private Q_SLOTS:
     // Qt could not, for the file's name.
     void cleanupTestCase() { ::unlink(notUtf8.constData()); }
 
-    void startsEmpty()
-    {
-        FakePlayer::Stage stage;
-        AVPlayer player(FakePlayer::factory(stage), Resources(folder.path()));
-        QVERIFY(!player.player.value());
-        QCOMPARE(player.currentTime.value(), u"00:00"_s);
-        QCOMPARE(player.durationTime.value(), u"00:00"_s);
-    }
-
     void play_findsTheFileOrElseTheResource_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("played");
+        columns<QString, QString>("path", "played");
         const QString file = makeFile(u"a 50%'\"\n 铃.wav"_s);
         const QString resource = makeFile(u"share/chime.wav"_s);
         QTest::newRow("a file of an odd name") << file << file;

@@ -1,6 +1,7 @@
 #include "core/TimeText.h"
 
 #include "support/SetClock.h"
+#include "support/Table.h"
 
 #include <QTest>
 
@@ -41,8 +42,7 @@ private Q_SLOTS:
 
     void toDate_readsWhatFits_andElseIsNow_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QDateTime>("moment");
+        columns<QString, QDateTime>("text", "moment");
         const QDateTime now(QDate(2026, 3, 9), QTime(12, 0));
         QTest::newRow("a joined plan time")
             << u"2026-03-09 07:30:00"_s << QDateTime(QDate(2026, 3, 9), QTime(7, 30));
@@ -69,8 +69,7 @@ private Q_SLOTS:
 
     void formatDuration_data()
     {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<QString>("text");
+        columns<double, QString>("seconds", "text");
         QTest::newRow("nothing") << 0.0 << u"00:00"_s;
         QTest::newRow("the fraction is cut off") << 59.9 << u"00:59"_s;
         QTest::newRow("a minute") << 60.0 << u"01:00"_s;

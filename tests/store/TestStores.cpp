@@ -4,9 +4,9 @@
 
 #include "support/LogCapture.h"
 #include "support/SetClock.h"
+#include "support/Table.h"
 #include "support/TemplateDatabase.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -123,8 +123,7 @@ private Q_SLOTS:
 
     void plans_areKeptInOrderOfBegin_data()
     {
-        QTest::addColumn<QString>("begin");
-        QTest::addColumn<QStringList>("order");
+        columns<QString, QStringList>("begin", "order");
         QTest::newRow("between two others") << u"08:00"_s << QStringList{u"a"_s, u"new"_s, u"b"_s};
         QTest::newRow("after those of equal begin") << u"07:00"_s << QStringList{u"a"_s, u"new"_s, u"b"_s};
         QTest::newRow("last") << u"22:00"_s << QStringList{u"a"_s, u"b"_s, u"new"_s};
@@ -177,42 +176,6 @@ private Q_SLOTS:
         QCOMPARE(ids(store.plans.value()), (QStringList{u"1"_s, u"2"_s, u"4"_s}));
         QVERIFY(store.plans->at(1).isChecked);
         QCOMPARE(base.rows(u"select id from plan order by id"_s), ids(store.plans.value()));
-    }
-
-    void togglePlaying_leavesOneMarkAtMost()
-    {
-        const TemplateDatabase base;
-        PlanStore store(base.db);
-        store.addPlan(planAt(u"a"_s, u"08:00"_s));
-        store.addPlan(planAt(u"b"_s, u"09:00"_s));
-        const auto playing = [&store](int index) { return store.plans->at(index).isPlaying; };
-        store.togglePlaying(store.plans->at(0));
-        QVERIFY(playing(0) && !playing(1));
-        store.togglePlaying(store.plans->at(1));
-        QVERIFY(!playing(0) && playing(1));
-        store.togglePlaying(store.plans->at(1));
-        QVERIFY(!playing(0) && !playing(1));
-    }
-
-    void everyChangeIsAnnounced()
-    {
-        const TemplateDatabase base;
-        const SetClock clock("2024-05-01 08:00:00");
-        HolidayStore holidays(base.db);
-        HistoryStore history(base.db, clock);
-        QSignalSpy holidayChanges(&holidays, &ObservableObject::objectWillChange);
-        QSignalSpy historyChanges(&history, &ObservableObject::objectWillChange);
-        holidays.addHoliday({.id = u"1"_s});
-        QVERIFY(!holidayChanges.isEmpty());
-        holidayChanges.clear();
-        holidays.toggleChecked(holidays.holidays->first());
-        QCOMPARE(holidayChanges.size(), 1);
-        holidays.deleteCheckedHolidays();
-        QCOMPARE(holidayChanges.size(), 2);
-        history.finishHistory();
-        QVERIFY(historyChanges.isEmpty());
-        history.addHistory(u"Bell"_s);
-        QVERIFY(!historyChanges.isEmpty());
     }
 
     void history_ofOnePlayback()

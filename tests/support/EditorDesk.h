@@ -26,4 +26,15 @@ struct EditorDesk
         editor->open();
         QVERIFY(QTest::qWaitForWindowActive(editor));
     }
+
+    /// Opens the editor for a record, once that is stored.
+    template<typename Record>
+    void editStored(const Record &record)
+    {
+        if constexpr (requires { store.addPlan(record); })
+            QVERIFY(store.addPlan(record));
+        else
+            QVERIFY(store.addHoliday(record));
+        edit(record);
+    }
 };

@@ -1,17 +1,9 @@
 #pragma once
 
 #include "app/AppStore.h"
-#include "core/AVPlayer.h"
 #include "core/TickTimer.h"
-#include "platform/Resources.h"
-#include "store/HistoryStore.h"
-#include "store/HolidayStore.h"
-#include "store/PlanStore.h"
-#include "store/Records.h"
 #include "support/Controls.h"
-#include "support/FakePlayer.h"
-#include "support/SetClock.h"
-#include "support/TemplateDatabase.h"
+#include "support/SharedObjects.h"
 #include "ui/Card.h"
 #include "ui/CardGrid.h"
 #include "ui/ContentView.h"
@@ -28,27 +20,14 @@
 
 #include <algorithm>
 
-/// The main window over shared objects of its own: an empty database, a clock that stands on a Monday just
-/// before eight, players that make no sound. Lists are filled before open().
-class MainWindow final
+/// The main window over shared objects of its own. The clock stands on a Monday just before eight. Lists are
+/// filled before open().
+class MainWindow final : public SharedObjects
 {
     Q_DISABLE_COPY_MOVE(MainWindow)
 
 public:
-    MainWindow() = default;
-
-    /// A plan for Monday to Friday, in the list and with a file of the name of its title.
-    Plan addPlan(const QString &title, const QString &begin = QStringLiteral("08:00"))
-    {
-        Plan plan{.id = Records::newId(), .title = title, .begin = begin, .end = QStringLiteral("09:30")};
-        plan.music = title + QStringLiteral(".ogg");
-        plan.content = folder.filePath(plan.music);
-        QFile(plan.content).open(QIODevice::WriteOnly);
-        for (size_t day = 1; day <= 5; ++day)
-            plan.*planWeekdays[day] = true;
-        planStore.addPlan(plan);
-        return plan;
-    }
+    MainWindow() : SharedObjects("2026-03-02 07:59:58") {}
 
     /// A holiday that is long over, in the list.
     Holiday addHoliday(const QString &title, const QString &begin = QStringLiteral("2024-10-01"))
@@ -127,28 +106,7 @@ public:
         QTRY_COMPARE(QApplication::activeWindow(), &window);
     }
 
-    /// The log in the order in which it was written: "Morning 08:00:00 - 08:30:00".
-    QStringList log() const
-    {
-        return base.rows(QStringLiteral(
-            "select title || ' ' || substr(begin, 12) || ' - ' || coalesce(substr(end, 12), '')"
-            " from history order by rowid"));
-    }
-
-    const TemplateDatabase base;
-    SetClock clock{"2026-03-02 07:59:58"};
-    FakePlayer::Stage stage;
     AppStore appStore;
-    PlanStore planStore{base.db};
-    HolidayStore holidayStore{base.db};
-    HistoryStore historyStore{base.db, clock};
-
-private:
-    const QTemporaryDir folder;
-    const Resources resources{folder.path()};
-
-public:
-    AVPlayer avPlayer{FakePlayer::factory(stage), resources};
     ContentView window{{appStore, planStore, holidayStore, historyStore, avPlayer, clock, resources}};
 };
 

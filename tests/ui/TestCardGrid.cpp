@@ -1,3 +1,4 @@
+#include "support/Table.h"
 #include "ui/Card.h"
 #include "ui/CardGrid.h"
 #include "ui/ElidedLabel.h"
@@ -56,18 +57,6 @@ public:
     ElidedLabel *more;
 };
 
-class PaintCounter final : public QObject
-{
-public:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        paints += event->type() == QEvent::Paint;
-        return false;
-    }
-
-    int paints = 0;
-};
-
 } // namespace
 
 class TestCardGrid final : public QObject
@@ -116,20 +105,16 @@ private Q_SLOTS:
 
     void columns_fillTheWidth_data()
     {
-        QTest::addColumn<int>("width");
-        QTest::addColumn<Qt::LayoutDirection>("direction");
-        QTest::addColumn<QList<QRect>>("rects");
-        const int high = 100;
-        QTest::newRow("one column takes all the width")
-            << 519 << Qt::LeftToRight << QList<QRect>{{12, 12, 495, high}, {12, 124, 495, high}};
-        QTest::newRow("two columns as soon as both are 240 wide")
+        columns<int, Qt::LayoutDirection, QList<QRect>>("width", "direction", "rects");
+        QTest::newRow("one column takes all the width, however narrow")
+            << 200 << Qt::LeftToRight << QList<QRect>{{12, 12, 176, 100}};
+        QTest::newRow("one column until two are 240 wide")
+            << 519 << Qt::LeftToRight << QList<QRect>{{12, 12, 495, 100}, {12, 124, 495, 101}};
+        QTest::newRow("two columns; a row is as high as its highest card")
             << 520 << Qt::LeftToRight
-            << QList<QRect>{{12, 12, 240, high}, {268, 12, 240, high}, {12, 124, 240, high}};
+            << QList<QRect>{{12, 12, 240, 101}, {268, 12, 240, 101}, {12, 125, 240, 102}};
         QTest::newRow("right-to-left begins at the right")
-            << 520 << Qt::RightToLeft
-            << QList<QRect>{{268, 12, 240, high}, {12, 12, 240, high}, {268, 124, 240, high}};
-        QTest::newRow("narrower than a card still shows one column")
-            << 200 << Qt::LeftToRight << QList<QRect>{{12, 12, 176, high}};
+            << 520 << Qt::RightToLeft << QList<QRect>{{268, 12, 240, 101}, {12, 12, 240, 101}};
     }
 
     void columns_fillTheWidth()
@@ -137,33 +122,30 @@ private Q_SLOTS:
         QFETCH(int, width);
         QFETCH(Qt::LayoutDirection, direction);
         QFETCH(QList<QRect>, rects);
-        const GridGeometry geometry(int(rects.size()), width, direction, [](int) { return 100; });
+        const GridGeometry geometry(int(rects.size()), width, direction,
+                                    [](int index) { return 100 + index; });
         for (int index = 0; index < rects.size(); ++index)
             QCOMPARE(geometry.rect(index), rects[index]);
         QCOMPARE(geometry.height(), rects.last().bottom() + 1 + 12);
     }
 
-    void rowIsAsHighAsItsHighestCard()
-    {
-        open(4);
-        const int plain = item(u"0"_s)->height();
-        records[1].isTall = true;
-        grid->refresh();
-        QVERIFY(item(u"1"_s)->height() > plain);
-        QCOMPARE(item(u"0"_s)->height(), item(u"1"_s)->height());
-        QCOMPARE(item(u"3"_s)->height(), plain);
-    }
-
-    void longList_makesCardsForTheViewOnly()
+    void longList_makesCardsForTheViewOnlyInListOrder()
     {
         open(10000);
-        bar()->setValue(bar()->maximum());
-        QVERIFY(item(u"9999"_s));
-        QCOMPARE(item(u"9999"_s)->text->text(), u"9999"_s);
-        QVERIFY(!grid->card(u"0"_s));
         for (int position = 0; position <= bar()->maximum(); position += 9973)
             bar()->setValue(position);
+        bar()->setValue(bar()->maximum());
         QVERIFY2(created < 60, qPrintable(QString::number(created)));
+        records.move(9990, 9998);
+        grid->refresh();
+        QStringList shown;
+        for (const Card *card : grid->viewport()->findChildren<Card *>()) {
+            if (card->isVisible())
+                shown << static_cast<const Item *>(card)->text->text();
+        }
+        QVERIFY(shown.size() >= 9 && shown.size() < 60);
+        for (qsizetype i = 1; i <= shown.size(); ++i)
+            QCOMPARE(shown[shown.size() - i], records[records.size() - i].id);
     }
 
     void change_keepsTheCardOfARecord()
@@ -179,41 +161,6 @@ private Q_SLOTS:
         QVERIFY(card->geometry() != before);
         QCOMPARE(grid->card(u"new"_s)->y(), 12);
         QVERIFY(!grid->card(u"3"_s));
-    }
-
-    void children_standInListOrder()
-    {
-        open(60);
-        bar()->setValue(bar()->maximum());
-        bar()->setValue(bar()->maximum() / 2);
-        records.move(30, 32);
-        grid->refresh();
-        QStringList shown;
-        for (const Card *card : grid->viewport()->findChildren<Card *>()) {
-            if (card->isVisible())
-                shown << static_cast<const Item *>(card)->text->text();
-        }
-        QStringList listed;
-        for (const Record &record : std::as_const(records)) {
-            if (shown.contains(record.id))
-                listed << record.id;
-        }
-        QCOMPARE(shown, listed);
-    }
-
-    void unchangedList_repaintsNothing()
-    {
-        open(30);
-        PaintCounter counter;
-        qApp->installEventFilter(&counter);
-        QTRY_VERIFY(std::exchange(counter.paints, 0) == 0);
-        grid->refresh();
-        QCoreApplication::processEvents();
-        QCOMPARE(counter.paints, 0);
-        records[2].isChecked = true;
-        grid->refresh();
-        QTRY_VERIFY(counter.paints > 0);
-        QVERIFY(item(u"2"_s)->select->isChecked());
     }
 
     void listShrinksBeforeTheRefresh_scrollingIsSafe()
@@ -258,40 +205,16 @@ private Q_SLOTS:
         grid->hide();
         grid->show();
         QVERIFY(!grid->viewport()->graphicsEffect());
-    }
-
-    void withoutAnimations_everythingIsInPlaceAtOnce()
-    {
-        open(12);
-        QVERIFY(!grid->viewport()->graphicsEffect());
-        const QPoint origin = grid->card(u"0"_s)->pos();
-        records.removeFirst();
-        grid->refresh();
-        QVERIFY(!grid->isMoving());
-        QCOMPARE(grid->card(u"1"_s)->pos(), origin);
-    }
-
-    void tilt_turnsAboutTheCentreInPerspective()
-    {
-        const QTransform turn = TiltEffect::transform({0, 0, 800, 400}, 20);
-        QCOMPARE(turn.map(QPointF(400, 200)), QPointF(400, 200));
-        const QPointF top = turn.map(QPointF(0, 0));
-        const QPointF bottom = turn.map(QPointF(0, 400));
-        // 200 cos 20° / (1 ± 0.2 · 200 sin 20° / 800)
-        QVERIFY(qAbs(top.y() - (200 - 184.78)) < 0.05);
-        QVERIFY(qAbs(bottom.y() - (200 + 191.21)) < 0.05);
-        QVERIFY(top.x() > 0 && bottom.x() < 0);
+        // 200 (1 - cos 20° / (1 + 0.2 · 200 sin 20° / 800))
+        QVERIFY(qAbs(TiltEffect::transform({0, 0, 800, 400}, 20).map(QPointF(400, 0)).y() - 15.22) < 0.05);
     }
 
     void anyTitle_keepsTheSizeAndIsTheToolTip_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<bool>("elided");
+        columns<QString, bool>("title", "elided");
         QTest::newRow("no text at all") << QString() << false;
-        QTest::newRow("500 characters") << QString(500, u'W') << true;
-        QTest::newRow("Arabic") << u"جرس الصباح"_s << false;
-        QTest::newRow("Chinese") << QString(60, QChar(0x8bfe)) << true;
-        QTest::newRow("an emoji") << u"🔔"_s << false;
+        QTest::newRow("Arabic and an emoji") << u"جرس الصباح 🔔"_s << false;
+        QTest::newRow("Chinese") << QString(500, QChar(0x8bfe)) << true;
         QTest::newRow("what looks like mark-up") << QString(40, u'x') + u"<b>bold</b>"_s << true;
         QTest::newRow("two lines") << u"a\nb"_s << false;
     }
@@ -332,7 +255,7 @@ private Q_SLOTS:
         for (int step = 0; step < 250 && !after->hasFocus(); ++step) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             if (const auto *control = qobject_cast<IconButton *>(QApplication::focusWidget())) {
-                reached << static_cast<Item *>(control->parentWidget())->text->text() +
+                reached << static_cast<Item *>(control->parentWidget()->parentWidget())->text->text() +
                                control->accessibleName();
                 QVERIFY(grid->viewport()->rect().contains(
                     QRect(control->mapTo(grid->viewport(), QPoint()), control->size())));
@@ -350,17 +273,13 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), item(u"99"_s)->first);
     }
 
-    void keys_scroll()
+    void homeAndEnd_scroll()
     {
         open(1000);
-        grid->setFocus();
-        QTest::keyClick(grid, Qt::Key_PageDown);
-        QVERIFY(bar()->value() > 400);
         QTest::keyClick(grid, Qt::Key_End);
         QCOMPARE(bar()->value(), bar()->maximum());
         QTest::keyClick(grid, Qt::Key_Home);
-        QTest::keyClick(grid, Qt::Key_Down);
-        QVERIFY(bar()->value() > 0);
+        QCOMPARE(bar()->value(), 0);
     }
 
     void focusedCardGoes_gridKeepsTheKeyboard()
@@ -372,30 +291,22 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), grid);
     }
 
-    void click_leavesTheStateToTheRecord()
+    void assistiveTechnology_seesAGroupWithACheckBox()
     {
         open(1);
-        QSignalSpy clicks(item(u"0"_s)->select, &IconButton::clicked);
-        QTest::mouseClick(item(u"0"_s)->select, Qt::LeftButton);
-        QCOMPARE(clicks.size(), 1);
-        QAccessible::queryAccessibleInterface(item(u"0"_s)->select)
-            ->actionInterface()
-            ->doAction(QAccessibleActionInterface::toggleAction());
-        QCOMPARE(clicks.size(), 2);
-        QVERIFY(!item(u"0"_s)->select->isChecked());
-    }
-
-    void card_isANamedGroupForAssistiveTechnology()
-    {
-        open(1);
-        const QAccessibleInterface *card = QAccessible::queryAccessibleInterface(grid->card(u"0"_s));
+        const QAccessibleInterface *card =
+            QAccessible::queryAccessibleInterface(grid->card(u"0"_s))->child(0);
         QCOMPARE(card->role(), QAccessible::Grouping);
         QCOMPARE(card->text(QAccessible::Name), u"Bell 0"_s);
-        records[0].isChecked = true;
-        grid->refresh();
-        const QAccessibleInterface *select = QAccessible::queryAccessibleInterface(item(u"0"_s)->select);
+        QAccessibleInterface *select = QAccessible::queryAccessibleInterface(item(u"0"_s)->select);
         QCOMPARE(select->role(), QAccessible::CheckBox);
         QCOMPARE(select->text(QAccessible::Name), u"Select"_s);
+        const QSignalSpy clicks(item(u"0"_s)->select, &IconButton::clicked);
+        select->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+        QCOMPARE(clicks.size(), 1);
+        QVERIFY(!select->state().checked); // until the record is
+        records[0].isChecked = true;
+        grid->refresh();
         QVERIFY(select->state().checked && select->state().focusable);
     }
 };

@@ -1,4 +1,5 @@
 #include "support/MainWindow.h"
+#include "support/Table.h"
 #include "ui/HolidayEdit.h"
 #include "ui/Style.h"
 
@@ -13,10 +14,7 @@ class TestHolidayAndHistory final : public QObject
 private Q_SLOTS:
     void cards_showTheirControlsInEditModeOnly_data()
     {
-        QTest::addColumn<QString>("screen");
-        QTest::addColumn<QString>("icons");
-        QTest::addColumn<QString>("lines");
-        QTest::addColumn<QColor>("color");
+        columns<QString, QString, QString, QColor>("screen", "icons", "lines", "color");
         QTest::newRow("a holiday is edited and selected")
             << u"Holiday"_s << u"Edit|Select|"_s << u"2024-10-01|2024-10-07"_s << Style::holidayColor;
         QTest::newRow("an entry of the log is selected")

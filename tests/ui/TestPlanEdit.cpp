@@ -4,13 +4,13 @@
 #include "support/Controls.h"
 #include "support/EditorDesk.h"
 #include "support/LogCapture.h"
+#include "support/Table.h"
 
 #include <QAbstractSpinBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
@@ -44,19 +44,6 @@ void rollWheel(QWidget *widget, int notches)
     QCoreApplication::sendEvent(widget, &roll);
 }
 
-// Answers the file panel with a path.
-void select(const Desk &desk, const QString &path)
-{
-    QVERIFY(click(desk.editor, u"Choose File"_s));
-    auto *panel = desk.editor->findChild<QFileDialog *>();
-    QVERIFY(panel);
-    QCOMPARE(panel->windowTitle(), u"Select a file"_s);
-    auto *name = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
-    name->setText(path);
-    QTest::keyClick(name, Qt::Key_Return);
-    QTRY_VERIFY(!desk.editor->findChild<QFileDialog *>());
-}
-
 } // namespace
 
 class TestPlanEdit final : public QObject
@@ -64,6 +51,8 @@ class TestPlanEdit final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void cleanup() { QLocale::setDefault(QLocale::c()); }
+
     void newPlan_playsOnWorkingDaysFromNow()
     {
         Desk desk;
@@ -93,13 +82,17 @@ private Q_SLOTS:
     void existingPlan_isChangedInPlace()
     {
         Desk desk;
-        QVERIFY(desk.store.addPlan(evening()));
-        desk.edit(evening());
+        desk.editStored(evening());
         QVERIFY(type(desk.editor, u"Title:"_s, u"Night"_s));
         QVERIFY(click(desk.editor, u"Sun"_s));
         QVERIFY(click(desk.editor, u"Sat"_s));
         QVERIFY(click(desk.editor, u"No"_s));
         QVERIFY(type(desk.editor, u"Folder:"_s, u"/music/c.mp3"_s));
+        QVERIFY(click(desk.editor, u"Choose File"_s));
+        auto *panel = desk.editor->findChild<QFileDialog *>();
+        QCOMPARE(QApplication::activeModalWidget(), panel);
+        QTest::keyClick(panel, Qt::Key_Escape);
+        QTRY_VERIFY(!desk.editor->findChild<QFileDialog *>());
         QVERIFY(click(desk.editor, u"Modify"_s));
         QTRY_VERIFY(!desk.editor);
         Plan expected = evening();
@@ -112,9 +105,7 @@ private Q_SLOTS:
 
     void save_namesTheFirstThingMissing_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<bool>("anyDay");
-        QTest::addColumn<QString>("message");
+        columns<QString, bool, QString>("title", "anyDay", "message");
         QTest::newRow("the title comes first") << QString() << false << u"Please input the Title"_s;
         QTest::newRow("then the week") << u"Bell"_s << false << u"Please select the Week"_s;
         QTest::newRow("then the file; blanks are a title") << u" "_s << true << u"Please select the Music"_s;
@@ -162,47 +153,26 @@ private Q_SLOTS:
         QCOMPARE(desk.store.plans->size(), 1);
     }
 
-    void close_storesNothing_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::newRow("with its button") << u"Close"_s;
-        QTest::newRow("with Escape") << QString();
-    }
-
     void close_storesNothing()
     {
-        QFETCH(QString, button);
         Desk desk;
-        QVERIFY(desk.store.addPlan(evening()));
-        desk.edit(evening());
-        const QSignalSpy finished(desk.editor, &QDialog::finished);
+        desk.editStored(evening());
         QVERIFY(type(desk.editor, u"Title:"_s, u"Night"_s));
-        if (button.isEmpty())
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-        else
-            QVERIFY(click(desk.editor, button));
-        QCOMPARE(finished.size(), 1);
+        QVERIFY(click(desk.editor, u"Close"_s));
         QTRY_VERIFY(!desk.editor);
         QCOMPARE(desk.store.plans.value(), QList{evening()});
-    }
-
-    void enter_savesFromEveryField_data()
-    {
-        QTest::addColumn<QString>("field");
-        for (const char *field : {"Title:", "Begin:", "End:", "Sun", "Yes", "Folder:"})
-            QTest::newRow(field) << QString::fromLatin1(field);
     }
 
     void enter_savesFromEveryField()
     {
-        QFETCH(QString, field);
-        Desk desk;
-        QVERIFY(desk.store.addPlan(evening()));
-        desk.edit(evening());
-        control(desk.editor, field)->setFocus();
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Enter);
-        QTRY_VERIFY(!desk.editor);
-        QCOMPARE(desk.store.plans.value(), QList{evening()});
+        for (const auto &field : {u"Title:"_s, u"Begin:"_s, u"End:"_s, u"Sun"_s, u"Yes"_s, u"Folder:"_s}) {
+            Desk desk;
+            desk.editStored(evening());
+            control(desk.editor, field)->setFocus();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Enter);
+            QTRY_VERIFY2(!desk.editor, qPrintable(field));
+            QCOMPARE(desk.store.plans.value(), QList{evening()});
+        }
     }
 
     void tab_visitsTheControlsInOrder()
@@ -223,9 +193,7 @@ private Q_SLOTS:
 
     void time_isTyped_data()
     {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("time");
+        columns<QString, QString, QString>("stored", "keys", "time");
         QTest::newRow("four digits") << u"18:00"_s << u"0705"_s << u"07:05"_s;
         QTest::newRow("with a colon") << u"18:00"_s << u"07:05"_s << u"07:05"_s;
         QTest::newRow("with a colon after one digit") << u"18:00"_s << u"1:05"_s << u"01:05"_s;
@@ -237,17 +205,20 @@ private Q_SLOTS:
 
     void time_isTyped()
     {
+        QFETCH(QString, time);
         QFETCH(QString, stored);
         QFETCH(QString, keys);
         Plan plan = evening();
         plan.begin = stored;
-        Desk desk;
-        QVERIFY(desk.store.addPlan(plan));
-        desk.edit(plan);
-        timeField(desk)->setFocus(Qt::TabFocusReason);
-        typeKeys(timeField(desk), keys);
-        QVERIFY(click(desk.editor, u"Modify"_s));
-        QTEST(desk.store.plans->first().begin, "time");
+        for (const auto &locale : {u"C"_s, u"ar_EG"_s, u"en_US"_s}) {
+            QLocale::setDefault(QLocale(locale));
+            Desk desk;
+            desk.editStored(plan);
+            QVERIFY(typeDigits(desk.editor, u"Begin:"_s, keys));
+            QCOMPARE(timeField(desk)->findChild<QLineEdit *>()->text(), time);
+            QVERIFY(click(desk.editor, u"Modify"_s));
+            QCOMPARE(desk.store.plans->first().begin, time);
+        }
     }
 
     void time_followsTheMouseWheelAndTheArrows()
@@ -266,23 +237,9 @@ private Q_SLOTS:
         QCOMPARE(line->text(), u"08:00"_s);
     }
 
-    void time_readsTheSameInEveryLocale()
-    {
-        QLocale::setDefault(QLocale(u"ar_EG"_s));
-        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
-        Desk desk;
-        desk.edit(evening());
-        const QString shown = timeField(desk)->findChild<QLineEdit *>()->text();
-        QLocale::setDefault(QLocale::c());
-        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
-        QCOMPARE(shown, u"18:00"_s);
-    }
-
     void chosenFile_fillsTheForm_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("title");
+        columns<QString, QString, QString>("file", "typed", "title");
         QTest::newRow("the name becomes the title")
             << u"Morning Bell.mp3"_s << QString() << u"Morning Bell"_s;
         QTest::newRow("a title typed before stays") << u"Morning Bell.mp3"_s << u" "_s << u" "_s;
@@ -303,26 +260,18 @@ private Q_SLOTS:
         Desk desk;
         desk.edit();
         QVERIFY(type(desk.editor, u"Title:"_s, typed));
-        select(desk, path);
+        QVERIFY(click(desk.editor, u"Choose File"_s));
+        const QPointer panel = desk.editor->findChild<QFileDialog *>();
+        QCOMPARE(panel->windowTitle(), u"Select a file"_s);
+        auto *name = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
+        name->setText(path);
+        QTest::keyClick(name, Qt::Key_Return);
+        QTRY_VERIFY(!panel);
         QVERIFY(click(desk.editor, u"Add"_s));
         const Plan plan = desk.store.plans->value(0);
         QTEST(plan.title, "title");
         QCOMPARE(plan.music, file);
         QCOMPARE(plan.content, path);
-    }
-
-    void cancelledChoice_changesNothing()
-    {
-        Desk desk;
-        QVERIFY(desk.store.addPlan(evening()));
-        desk.edit(evening());
-        QVERIFY(click(desk.editor, u"Choose File"_s));
-        auto *panel = desk.editor->findChild<QFileDialog *>();
-        QCOMPARE(QApplication::activeModalWidget(), panel);
-        QTest::keyClick(panel, Qt::Key_Escape);
-        QTRY_VERIFY(!desk.editor->findChild<QFileDialog *>());
-        QVERIFY(click(desk.editor, u"Modify"_s));
-        QCOMPARE(desk.store.plans.value(), QList{evening()});
     }
 };
 

@@ -1,4 +1,5 @@
 #include "support/MainWindow.h"
+#include "support/Table.h"
 #include "ui/LinearProgress.h"
 #include "ui/PlanEdit.h"
 #include "ui/Style.h"
@@ -36,10 +37,7 @@ class TestPlanView final : public QObject
 private Q_SLOTS:
     void card_showsThePlanAndTheControlsOfTheMode_data()
     {
-        QTest::addColumn<bool>("isLoop");
-        QTest::addColumn<bool>("isPlaying");
-        QTest::addColumn<bool>("isEditMode");
-        QTest::addColumn<QString>("icons");
+        columns<bool, bool, bool, QString>("isLoop", "isPlaying", "isEditMode", "icons");
         QTest::newRow("at rest") << false << false << false << QString();
         QTest::newRow("at rest, repeated") << true << false << false << u"Repeat "_s;
         QTest::newRow("playing") << false << true << false << u"Stop "_s;
@@ -109,8 +107,7 @@ private Q_SLOTS:
 
     void playback_ends_data()
     {
-        QTest::addColumn<bool>("byHand");
-        QTest::addColumn<QStringList>("log");
+        columns<bool, QStringList>("byHand", "log");
         QTest::newRow("by hand: at once and where it is") << true << QStringList(u"A 08:00:00 - 08:00:12"_s);
         QTest::newRow("by itself: with the next tick") << false << QStringList(u"A 08:00:00 - 08:00:13"_s);
     }
@@ -139,27 +136,6 @@ private Q_SLOTS:
         QCOMPARE(desk.avPlayer.player.value()->currentTime(), 12.0);
         QCOMPARE(desk.avPlayer.currentTime.value(), u"00:12"_s);
         QTEST(desk.log(), "log");
-    }
-
-    void failedStart_isClearedWhenNothingSounds()
-    {
-        MainWindow desk;
-        desk.addPlan(u"A"_s);
-        desk.addPlan(u"broken"_s, u"12:00"_s);
-        desk.openInEditMode();
-        desk.tick("08:00:00");
-        QVERIFY(click(desk.card(u"broken"_s), u"Play"_s));
-        desk.tick("08:00:01");
-        QTRY_COMPARE(background(desk.card(u"broken"_s)), Style::green);
-        desk.stage.sounding->stop();
-        desk.tick("08:00:20");
-        QTRY_COMPARE(background(desk.card(u"broken"_s)), Style::planColor);
-        QVERIFY(click(desk.card(u"broken"_s), u"Play"_s));
-        QTRY_COMPARE(background(desk.card(u"broken"_s)), Style::green);
-        desk.tick("08:00:21");
-        QTRY_COMPARE(background(desk.card(u"broken"_s)), Style::planColor);
-        QCOMPARE(desk.log(), (QStringList{u"A 08:00:00 - 08:00:00"_s, u"broken 08:00:00 - 08:00:20"_s,
-                                          u"broken 08:00:20 - 08:00:21"_s}));
     }
 
     void edit_keepsTheMarksAndMovesTheCard()

@@ -1,46 +1,20 @@
-#include "platform/Log.h"
+#include "support/LogCapture.h"
+#include "support/Table.h"
 #include "ui/Alert.h"
-#include "ui/FormRow.h"
 #include "ui/SegmentedChoice.h"
 #include "ui/Sheet.h"
 #include "ui/Style.h"
 #include "ui/Symbol.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-class Editor final : public Sheet
-{
-public:
-    explicit Editor(QWidget *over)
-        : Sheet(u"Add Plan"_s, over)
-        , title(new QLineEdit)
-        , week(new QPushButton(u"Sun"_s))
-    {
-        auto *row = new FormRow(u"Title:"_s);
-        row->addField(title, 1);
-        row->addField(week);
-        addRow(row);
-        save = addButton(u"plus"_s, u"Add"_s);
-        connect(addButton(u"xmark"_s, u"Close"_s), &QPushButton::clicked, this, &QDialog::reject);
-    }
-
-    QLineEdit *title;
-    QPushButton *week;
-    QPushButton *save;
-};
-
-} // namespace
 
 class TestSheet final : public QObject
 {
@@ -60,33 +34,10 @@ private Q_SLOTS:
 
     void sheet_liesOverItsWindowAndHasItsSize()
     {
-        auto *editor = new Editor(window.get());
-        editor->open();
-        QCOMPARE(editor->size(), QSize(450 + 2 * 12, 250 + 2 * 12));
-        QCOMPARE(editor->windowModality(), Qt::WindowModal);
-        QVERIFY(qAbs(editor->geometry().center().x() - window->geometry().center().x()) <= 2);
-    }
-
-    void enterPressesTheFirstButton_escapeCloses()
-    {
-        const QPointer<Editor> editor = new Editor(window.get());
-        editor->open();
-        QVERIFY(QTest::qWaitForWindowExposed(editor));
-        QSignalSpy saves(editor->save, &QPushButton::clicked);
-        QTest::keyClick(editor->title, Qt::Key_Return);
-        QCOMPARE(saves.size(), 1);
-        QTest::keyClick(editor->title, Qt::Key_Escape);
-        QTRY_VERIFY(!editor);
-    }
-
-    void label_namesTheFieldsWithoutText()
-    {
-        const std::unique_ptr<Editor> editor(new Editor(window.get()));
-        const auto nameOf = [](QWidget *widget) {
-            return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
-        };
-        QCOMPARE(nameOf(editor->title), u"Title:"_s);
-        QCOMPARE(nameOf(editor->week), u"Sun"_s);
+        Sheet sheet(u"Add Plan"_s, window.get());
+        sheet.open();
+        QCOMPARE(sheet.size(), QSize(450 + 2 * 12, 250 + 2 * 12));
+        QVERIFY(qAbs(sheet.geometry().center().x() - window->geometry().center().x()) <= 2);
     }
 
     void segments_areRadioButtonsForMouseAndArrows()
@@ -98,6 +49,8 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&choice));
         QSignalSpy changes(&choice, &SegmentedChoice::choiceChanged);
         const auto segments = choice.findChildren<QAbstractButton *>();
+        QTest::keyClick(&choice, Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), segments[1]);
         QTest::mouseClick(segments[0], Qt::LeftButton);
         QCOMPARE(choice.choice(), 0);
         segments[0]->setFocus();
@@ -113,9 +66,7 @@ private Q_SLOTS:
 
     void alert_runsTheActionOfItsAnswer_data()
     {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<QString>("answer");
+        columns<QString, int, QString>("button", "key", "answer");
         QTest::newRow("a click on Delete") << u"Delete"_s << 0 << u"deleted"_s;
         QTest::newRow("a click on Cancel") << u"Cancel"_s << 0 << u"cancelled"_s;
         QTest::newRow("Escape cancels") << QString() << int(Qt::Key_Escape) << u"cancelled"_s;
@@ -161,35 +112,21 @@ private Q_SLOTS:
         QTRY_VERIFY(!box);
     }
 
-    void symbols_areTintedAndSharpAtAnyRatio()
+    void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
     {
         const QPixmap pixmap = Symbol::icon(u"stop.fill"_s, Qt::red).pixmap(QSize(16, 16), 2.0);
         QCOMPARE(pixmap.size(), QSize(32, 32));
         QCOMPARE(pixmap.toImage().pixelColor(16, 16), QColor(Qt::red));
         QCOMPARE(pixmap.toImage().pixelColor(0, 0).alpha(), 0);
-    }
 
-    void missingSymbol_isEmptyAndLoggedOnce()
-    {
-        QStringList lines;
-        Log::setSink([&](const QString &line) { lines << line; });
+        const LogCapture log;
         for (const int size : {16, 24})
             QVERIFY(!Symbol::icon(u"nothing"_s, Qt::red).pixmap(QSize(size, size)).isNull());
-        Log::setSink({});
-        QCOMPARE(lines.size(), 1);
-        QVERIFY(lines[0].contains(u"nothing"_s));
-    }
-
-    void accents_standOutInBothSchemes_data()
-    {
-        QTest::addColumn<QColor>("window");
-        QTest::newRow("light") << QColor(239, 239, 239);
-        QTest::newRow("dark") << QColor(53, 53, 53);
+        QCOMPARE(log.lines().size(), 1);
     }
 
     void accents_standOutInBothSchemes()
     {
-        QFETCH(QColor, window);
         const auto luminance = [](const QColor &color) {
             const auto linear = [](float c) {
                 return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
@@ -197,10 +134,11 @@ private Q_SLOTS:
             return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
                    0.0722 * linear(color.blueF()) + 0.05;
         };
-        const QPalette palette(window);
-        for (const auto accent : {Style::Accent::red, Style::Accent::green, Style::Accent::blue}) {
-            const double ratio = luminance(Style::accent(accent, palette)) / luminance(window);
-            QVERIFY2(std::max(ratio, 1 / ratio) >= 4.5, qPrintable(QString::number(ratio)));
+        for (const QColor back : {QColor(239, 239, 239), QColor(53, 53, 53)}) {
+            for (const auto accent : {Style::Accent::red, Style::Accent::green, Style::Accent::blue}) {
+                const double ratio = luminance(Style::accent(accent, QPalette(back))) / luminance(back);
+                QVERIFY2(std::max(ratio, 1 / ratio) >= 4.5, qPrintable(QString::number(ratio)));
+            }
         }
     }
 };
