@@ -16,7 +16,6 @@ namespace {
 bool isAscii(QByteArrayView bytes)
 {
     // All bytes in one go are faster than a stop at the first that is not.
-    // To the end in any case: that is the faster way.
     return (std::accumulate(bytes.begin(), bytes.end(), '\0', std::bit_or<char>()) & 0x80) == 0;
 }
 

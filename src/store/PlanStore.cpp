@@ -26,7 +26,8 @@ QString flagText(bool flag)
 
 bool isTrue(const QVariant &value)
 {
-    return value.typeId() == QMetaType::QString && value.toString() == "true"_L1;
+    const bool isText = value.typeId() == QMetaType::QString;
+    return isText && *static_cast<const QString *>(value.constData()) == "true"_L1;
 }
 
 Plan planOf(FMResultSet &row)

@@ -12,7 +12,7 @@ GridGeometry::GridGeometry(int count, int width, Qt::LayoutDirection direction,
           std::max(1, (width - 2 * Style::inset + Style::columnGap) / (Style::cardWidth + Style::columnGap)))
     , direction(direction)
 {
-    tops.reserve(size_t(count / columns + 2));
+    tops.reserve(size_t(count / columns) + 2);
     tops.push_back(Style::inset);
     for (int first = 0; first < count; first += columns) {
         int highest = 0;
