@@ -38,27 +38,12 @@ HolidayStore::HolidayStore(std::shared_ptr<FMDatabase> db, QObject *parent)
 
 bool HolidayStore::addHoliday(const Holiday &holiday)
 {
-    if (!db->executeStatements(insertStatement(holiday)))
-        return false;
-    holidays.modify([&holiday](QList<Holiday> &list) { list.append(holiday); });
-    sort();
-    return true;
+    return Records::add(*db, insertStatement(holiday), holidays, holiday);
 }
 
 bool HolidayStore::updateHoliday(const Holiday &holiday)
 {
-    if (!db->executeStatements(updateStatement(holiday)))
-        return false;
-    holidays.modify([&holiday](QList<Holiday> &list) {
-        const auto entry = Records::find(list, holiday.id);
-        if (entry == list.end())
-            return;
-        Holiday changed = holiday;
-        changed.isChecked = entry->isChecked;
-        *entry = changed;
-    });
-    sort();
-    return true;
+    return Records::update(*db, updateStatement(holiday), holidays, holiday, {&Holiday::isChecked});
 }
 
 void HolidayStore::deleteCheckedHolidays()
@@ -81,12 +66,4 @@ void HolidayStore::loadHolidays()
                        .end = Records::text(row, u"end"_s)});
     });
     holidays = loaded;
-}
-
-void HolidayStore::sort()
-{
-    holidays.modify([](QList<Holiday> &list) {
-        std::stable_sort(list.begin(), list.end(),
-                         [](const Holiday &a, const Holiday &b) { return a.begin < b.begin; });
-    });
 }

@@ -42,7 +42,6 @@ public:
 
 private:
     void loadHolidays();
-    void sort();
 
     std::shared_ptr<FMDatabase> db;
 };

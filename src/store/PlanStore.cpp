@@ -96,28 +96,12 @@ PlanStore::PlanStore(std::shared_ptr<FMDatabase> db, QObject *parent)
 
 bool PlanStore::addPlan(const Plan &plan)
 {
-    if (!db->executeStatements(insertStatement(plan)))
-        return false;
-    plans.modify([&plan](QList<Plan> &list) { list.append(plan); });
-    sort();
-    return true;
+    return Records::add(*db, insertStatement(plan), plans, plan);
 }
 
 bool PlanStore::updatePlan(const Plan &plan)
 {
-    if (!db->executeStatements(updateStatement(plan)))
-        return false;
-    plans.modify([&plan](QList<Plan> &list) {
-        const auto entry = Records::find(list, plan.id);
-        if (entry == list.end())
-            return;
-        Plan changed = plan;
-        changed.isChecked = entry->isChecked;
-        changed.isPlaying = entry->isPlaying;
-        *entry = changed;
-    });
-    sort();
-    return true;
+    return Records::update(*db, updateStatement(plan), plans, plan, {&Plan::isChecked, &Plan::isPlaying});
 }
 
 void PlanStore::deleteCheckedPlans()
@@ -144,12 +128,4 @@ void PlanStore::loadPlans()
     Records::load(*db, u"select *\nfrom plan\norder by begin"_s,
                   [&loaded](FMResultSet &row) { loaded.append(planOf(row)); });
     plans = loaded;
-}
-
-void PlanStore::sort()
-{
-    plans.modify([](QList<Plan> &list) {
-        std::stable_sort(list.begin(), list.end(),
-                         [](const Plan &a, const Plan &b) { return a.begin < b.begin; });
-    });
 }

@@ -45,7 +45,6 @@ public:
 
 private:
     void loadPlans();
-    void sort();
 
     std::shared_ptr<FMDatabase> db;
 };

@@ -49,6 +49,49 @@ auto find(List &list, const QString &id)
     return std::find_if(list.begin(), list.end(), [&id](const auto &record) { return record.id == id; });
 }
 
+/// Puts the records into ascending order of `begin`; those of equal begin keep their order.
+template<typename Record>
+void sortByBegin(Published<QList<Record>> &list)
+{
+    list.modify([](QList<Record> &records) {
+        std::stable_sort(records.begin(), records.end(),
+                         [](const Record &a, const Record &b) { return a.begin < b.begin; });
+    });
+}
+
+/// Runs the statement that stores a new record, then adds it to the list. Returns false, with the list as it
+/// was, when the database refuses it.
+template<typename Record>
+bool add(FMDatabase &db, const QString &statement, Published<QList<Record>> &list, const Record &record)
+{
+    if (!db.executeStatements(statement))
+        return false;
+    list.modify([&record](QList<Record> &records) { records.append(record); });
+    sortByBegin(list);
+    return true;
+}
+
+/// Runs the statement that stores the fields of a record, then sets those of the entry with its id, if there
+/// is one, but for its `marks`, which live in memory only. Returns false, with the list as it was, when the
+/// database refuses it.
+template<typename Record>
+bool update(FMDatabase &db, const QString &statement, Published<QList<Record>> &list, Record record,
+            std::initializer_list<bool Record::*> marks)
+{
+    if (!db.executeStatements(statement))
+        return false;
+    list.modify([&record, marks](QList<Record> &records) {
+        const auto entry = find(records, record.id);
+        if (entry == records.end())
+            return;
+        for (const auto mark : marks)
+            record.*mark = (*entry).*mark;
+        *entry = record;
+    });
+    sortByBegin(list);
+    return true;
+}
+
 /// Inverts the check of the record with that id, if there is one.
 template<typename Record>
 void toggleChecked(Published<QList<Record>> &list, const QString &id)
