@@ -2,7 +2,7 @@
 
 #include "support/Controls.h"
 #include "support/MainWindow.h"
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QDialog>
 #include <QPainter>

@@ -4,13 +4,13 @@
 #include "store/HistoryStore.h"
 #include "store/HolidayStore.h"
 #include "store/PlanStore.h"
-#include "ui/Alert.h"
-#include "ui/FocusRing.h"
+#include "toolkit/Alert.h"
+#include "toolkit/FocusRing.h"
+#include "toolkit/Refresher.h"
+#include "toolkit/Symbol.h"
 #include "ui/HolidayEdit.h"
 #include "ui/PlanEdit.h"
-#include "ui/Refresher.h"
 #include "ui/Sidebar.h"
-#include "ui/Symbol.h"
 
 #include <QAction>
 #include <QEvent>

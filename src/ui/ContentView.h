@@ -1,7 +1,7 @@
 #pragma once
 
+#include "toolkit/Style.h"
 #include "ui/Environment.h"
-#include "ui/Style.h"
 
 #include <QDialog>
 #include <QMainWindow>

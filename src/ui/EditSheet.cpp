@@ -1,7 +1,7 @@
 #include "ui/EditSheet.h"
 
-#include "ui/Alert.h"
-#include "ui/FormRow.h"
+#include "toolkit/Alert.h"
+#include "toolkit/FormRow.h"
 
 #include <QLineEdit>
 #include <QPushButton>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/Sheet.h"
+#include "toolkit/Sheet.h"
 
 class FormRow;
 class QLineEdit;

@@ -2,9 +2,9 @@
 
 #include "app/AppStore.h"
 #include "store/HistoryStore.h"
-#include "ui/ElidedLabel.h"
-#include "ui/IconButton.h"
-#include "ui/Style.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/IconButton.h"
+#include "toolkit/Style.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/History.h"
-#include "ui/Card.h"
+#include "toolkit/Card.h"
 #include "ui/Environment.h"
 
 /// The card of a playback in the log: when it began and ended and, in edit mode, what selects it.

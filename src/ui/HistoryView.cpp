@@ -1,9 +1,9 @@
 #include "ui/HistoryView.h"
 
 #include "store/HistoryStore.h"
+#include "toolkit/Refresher.h"
 #include "ui/HistoryItem.h"
 #include "ui/RecordSource.h"
-#include "ui/Refresher.h"
 
 HistoryView::HistoryView(const Environment &environment, QWidget *parent)
     : CardGrid(recordSource<HistoryItem>(environment, environment.historyStore.historys), 20, parent)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/CardGrid.h"
+#include "toolkit/CardGrid.h"
 #include "ui/Environment.h"
 
 /// The history screen: the cards of all playbacks in the log, in the order of the list.

@@ -2,7 +2,7 @@
 
 #include "store/HolidayStore.h"
 #include "store/Records.h"
-#include "ui/DateField.h"
+#include "toolkit/DateField.h"
 
 HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *over)
     : HolidayEdit(Purpose::add, holidayStore, clock, Holiday(), over)

@@ -2,10 +2,10 @@
 
 #include "app/AppStore.h"
 #include "store/HolidayStore.h"
-#include "ui/ElidedLabel.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/IconButton.h"
+#include "toolkit/Style.h"
 #include "ui/HolidayEdit.h"
-#include "ui/IconButton.h"
-#include "ui/Style.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/Holiday.h"
-#include "ui/Card.h"
+#include "toolkit/Card.h"
 #include "ui/Environment.h"
 
 /// The card of a holiday: its first and last day and, in edit mode, what selects and edits it.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/CardGrid.h"
+#include "toolkit/CardGrid.h"
 #include "ui/Environment.h"
 
 /// The holiday screen: the cards of all holidays, in the order of the list.

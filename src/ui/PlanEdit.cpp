@@ -2,12 +2,12 @@
 
 #include "store/PlanStore.h"
 #include "store/Records.h"
-#include "ui/FileChooser.h"
-#include "ui/FormRow.h"
-#include "ui/SegmentedChoice.h"
-#include "ui/Style.h"
-#include "ui/Symbol.h"
-#include "ui/TimeField.h"
+#include "toolkit/FileChooser.h"
+#include "toolkit/FormRow.h"
+#include "toolkit/SegmentedChoice.h"
+#include "toolkit/Style.h"
+#include "toolkit/Symbol.h"
+#include "toolkit/TimeField.h"
 
 #include <QCheckBox>
 #include <QLineEdit>

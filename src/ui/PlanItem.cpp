@@ -4,13 +4,13 @@
 #include "core/AVPlayer.h"
 #include "core/ManualPlayback.h"
 #include "store/PlanStore.h"
-#include "ui/ElidedLabel.h"
-#include "ui/IconButton.h"
-#include "ui/LinearProgress.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/IconButton.h"
+#include "toolkit/LinearProgress.h"
+#include "toolkit/Style.h"
+#include "toolkit/SymbolLabel.h"
+#include "toolkit/TextRow.h"
 #include "ui/PlanEdit.h"
-#include "ui/Style.h"
-#include "ui/SymbolLabel.h"
-#include "ui/TextRow.h"
 
 #include <QHBoxLayout>
 

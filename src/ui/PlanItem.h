@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/Plan.h"
-#include "ui/Card.h"
+#include "toolkit/Card.h"
 #include "ui/Environment.h"
 
 class LinearProgress;

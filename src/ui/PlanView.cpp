@@ -2,9 +2,9 @@
 
 #include "core/AVPlayer.h"
 #include "store/PlanStore.h"
+#include "toolkit/Refresher.h"
 #include "ui/PlanItem.h"
 #include "ui/RecordSource.h"
-#include "ui/Refresher.h"
 
 namespace {
 

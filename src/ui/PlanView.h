@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/CardGrid.h"
+#include "toolkit/CardGrid.h"
 #include "ui/Environment.h"
 
 /// The plan screen: the cards of all plans, in the order of the list.

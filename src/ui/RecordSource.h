@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppStore.h"
-#include "ui/CardGrid.h"
+#include "toolkit/CardGrid.h"
 #include "ui/Environment.h"
 
 /// The records of a store as the source of a grid of `Item` cards, which have controls in edit mode only.

@@ -3,12 +3,12 @@
 #include "app/AppStore.h"
 #include "core/Scheduler.h"
 #include "core/TickTimer.h"
+#include "toolkit/Refresher.h"
+#include "toolkit/Style.h"
+#include "toolkit/Symbol.h"
 #include "ui/HistoryView.h"
 #include "ui/HolidayView.h"
 #include "ui/PlanView.h"
-#include "ui/Refresher.h"
-#include "ui/Style.h"
-#include "ui/Symbol.h"
 
 #include <QEvent>
 #include <QFrame>

@@ -1,7 +1,7 @@
 #include "support/MainWindow.h"
-#include "ui/LinearProgress.h"
+#include "toolkit/LinearProgress.h"
+#include "toolkit/Style.h"
 #include "ui/PlanEdit.h"
-#include "ui/Style.h"
 
 using namespace Qt::StringLiterals;
 

@@ -4,10 +4,10 @@
 #include "core/TickTimer.h"
 #include "support/Controls.h"
 #include "support/SharedObjects.h"
-#include "ui/Card.h"
-#include "ui/CardGrid.h"
+#include "toolkit/Card.h"
+#include "toolkit/CardGrid.h"
+#include "toolkit/Group.h"
 #include "ui/ContentView.h"
-#include "ui/Group.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,9 +1,9 @@
 #include "support/MainWindow.h"
 #include "support/Table.h"
+#include "toolkit/Symbol.h"
 #include "ui/HolidayEdit.h"
 #include "ui/PlanEdit.h"
 #include "ui/PlanView.h"
-#include "ui/Symbol.h"
 
 #include <QElapsedTimer>
 #include <QMessageBox>

@@ -1,7 +1,7 @@
 #include "support/MainWindow.h"
 #include "support/Table.h"
+#include "toolkit/Style.h"
 #include "ui/HolidayEdit.h"
-#include "ui/Style.h"
 
 #include <QLineEdit>
 

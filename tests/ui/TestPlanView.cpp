@@ -1,8 +1,8 @@
 #include "support/MainWindow.h"
 #include "support/Table.h"
-#include "ui/LinearProgress.h"
+#include "toolkit/LinearProgress.h"
+#include "toolkit/Style.h"
 #include "ui/PlanEdit.h"
-#include "ui/Style.h"
 
 using namespace Qt::StringLiterals;
 

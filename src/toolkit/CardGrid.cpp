@@ -1,8 +1,8 @@
-#include "ui/CardGrid.h"
+#include "toolkit/CardGrid.h"
 
-#include "ui/Card.h"
-#include "ui/Style.h"
-#include "ui/TiltEffect.h"
+#include "toolkit/Card.h"
+#include "toolkit/Style.h"
+#include "toolkit/TiltEffect.h"
 
 #include <QApplication>
 #include <QGraphicsOpacityEffect>

@@ -1,6 +1,6 @@
-#include "ui/CardShadow.h"
+#include "toolkit/CardShadow.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QPainter>
 

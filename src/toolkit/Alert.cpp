@@ -1,7 +1,7 @@
-#include "ui/Alert.h"
+#include "toolkit/Alert.h"
 
-#include "ui/FocusRing.h"
-#include "ui/Style.h"
+#include "toolkit/FocusRing.h"
+#include "toolkit/Style.h"
 
 #include <QLabel>
 #include <QMessageBox>

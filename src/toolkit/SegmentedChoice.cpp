@@ -1,6 +1,6 @@
-#include "ui/SegmentedChoice.h"
+#include "toolkit/SegmentedChoice.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QAbstractButton>
 #include <QHBoxLayout>

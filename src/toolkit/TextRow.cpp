@@ -1,7 +1,7 @@
-#include "ui/TextRow.h"
+#include "toolkit/TextRow.h"
 
-#include "ui/ElidedLabel.h"
-#include "ui/Style.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/Style.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

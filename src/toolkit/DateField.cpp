@@ -1,4 +1,4 @@
-#include "ui/DateField.h"
+#include "toolkit/DateField.h"
 
 #include "core/TimeText.h"
 #include "platform/Clock.h"

@@ -1,6 +1,6 @@
-#include "ui/LinearProgress.h"
+#include "toolkit/LinearProgress.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QPainter>
 

@@ -1,4 +1,4 @@
-#include "ui/TiltEffect.h"
+#include "toolkit/TiltEffect.h"
 
 #include <QPainter>
 #include <QWidget>

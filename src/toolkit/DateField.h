@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/DateTimeField.h"
+#include "toolkit/DateTimeField.h"
 
 class Clock;
 

@@ -1,9 +1,9 @@
 #include "support/Table.h"
-#include "ui/Card.h"
-#include "ui/CardGrid.h"
-#include "ui/ElidedLabel.h"
-#include "ui/IconButton.h"
-#include "ui/TiltEffect.h"
+#include "toolkit/Card.h"
+#include "toolkit/CardGrid.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/IconButton.h"
+#include "toolkit/TiltEffect.h"
 
 #include <QAccessible>
 #include <QLineEdit>

@@ -1,6 +1,6 @@
-#include "ui/FocusRing.h"
+#include "toolkit/FocusRing.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QApplication>
 #include <QPainter>

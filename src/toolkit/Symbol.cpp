@@ -1,4 +1,4 @@
-#include "ui/Symbol.h"
+#include "toolkit/Symbol.h"
 
 #include "platform/Log.h"
 #include "platform/Resources.h"

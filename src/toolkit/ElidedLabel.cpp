@@ -1,4 +1,4 @@
-#include "ui/ElidedLabel.h"
+#include "toolkit/ElidedLabel.h"
 
 #include <QHelpEvent>
 #include <QPainter>

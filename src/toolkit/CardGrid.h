@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/CardShadow.h"
-#include "ui/GridGeometry.h"
+#include "toolkit/CardShadow.h"
+#include "toolkit/GridGeometry.h"
 
 #include <QAbstractScrollArea>
 #include <QHash>

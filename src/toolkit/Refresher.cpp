@@ -1,4 +1,4 @@
-#include "ui/Refresher.h"
+#include "toolkit/Refresher.h"
 
 #include "platform/ObservableObject.h"
 

@@ -1,4 +1,4 @@
-#include "ui/TimeField.h"
+#include "toolkit/TimeField.h"
 
 #include "core/TimeText.h"
 #include "platform/Clock.h"

@@ -1,4 +1,4 @@
-#include "ui/DateTimeField.h"
+#include "toolkit/DateTimeField.h"
 
 #include <QKeyEvent>
 #include <QLineEdit>

@@ -1,6 +1,6 @@
-#include "ui/GridGeometry.h"
+#include "toolkit/GridGeometry.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <algorithm>
 

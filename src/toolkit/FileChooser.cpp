@@ -1,4 +1,4 @@
-#include "ui/FileChooser.h"
+#include "toolkit/FileChooser.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>

@@ -1,4 +1,4 @@
-#include "ui/Group.h"
+#include "toolkit/Group.h"
 
 #include <QAccessibleWidget>
 

@@ -1,9 +1,9 @@
-#include "ui/Sheet.h"
+#include "toolkit/Sheet.h"
 
-#include "ui/FocusRing.h"
-#include "ui/FormRow.h"
-#include "ui/Style.h"
-#include "ui/Symbol.h"
+#include "toolkit/FocusRing.h"
+#include "toolkit/FormRow.h"
+#include "toolkit/Style.h"
+#include "toolkit/Symbol.h"
 
 #include <QPushButton>
 #include <QVBoxLayout>

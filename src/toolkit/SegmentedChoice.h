@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/Group.h"
+#include "toolkit/Group.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
-#include "ui/IconButton.h"
+#include "toolkit/IconButton.h"
 
-#include "ui/Style.h"
-#include "ui/Symbol.h"
+#include "toolkit/Style.h"
+#include "toolkit/Symbol.h"
 
 #include <QPainter>
 #include <QScopedValueRollback>

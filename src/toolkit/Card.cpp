@@ -1,10 +1,10 @@
-#include "ui/Card.h"
+#include "toolkit/Card.h"
 
-#include "ui/ElidedLabel.h"
-#include "ui/Group.h"
-#include "ui/IconButton.h"
-#include "ui/Style.h"
-#include "ui/SymbolLabel.h"
+#include "toolkit/ElidedLabel.h"
+#include "toolkit/Group.h"
+#include "toolkit/IconButton.h"
+#include "toolkit/Style.h"
+#include "toolkit/SymbolLabel.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
-#include "ui/FormRow.h"
+#include "toolkit/FormRow.h"
 
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QAbstractButton>
 #include <QEvent>

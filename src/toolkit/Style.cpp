@@ -1,4 +1,4 @@
-#include "ui/Style.h"
+#include "toolkit/Style.h"
 
 #include <QFontMetrics>
 #include <QPainter>

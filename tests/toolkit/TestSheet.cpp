@@ -1,10 +1,10 @@
 #include "support/LogCapture.h"
 #include "support/Table.h"
-#include "ui/Alert.h"
-#include "ui/SegmentedChoice.h"
-#include "ui/Sheet.h"
-#include "ui/Style.h"
-#include "ui/Symbol.h"
+#include "toolkit/Alert.h"
+#include "toolkit/SegmentedChoice.h"
+#include "toolkit/Sheet.h"
+#include "toolkit/Style.h"
+#include "toolkit/Symbol.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
