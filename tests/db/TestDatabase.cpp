@@ -6,11 +6,13 @@
 
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <sqlite3.h>
 #include <thread>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -31,7 +33,24 @@ QStringList column(FMDatabase &db, const QString &sql)
     return texts;
 }
 
+// What SQLite's next close is to answer, for the failures that cannot be brought about; the linker puts the
+// function below in place of SQLite's own.
+int nextClose = SQLITE_OK;
+
+// A system whose sleeps are over at once.
+int sleepNotAtAll(sqlite3_vfs *, int)
+{
+    return 0;
+}
+
 } // namespace
+
+extern "C" int __real_sqlite3_close(sqlite3 *connection);
+extern "C" int __wrap_sqlite3_close(sqlite3 *connection)
+{
+    const int closed = __real_sqlite3_close(connection);
+    return nextClose == SQLITE_OK ? closed : std::exchange(nextClose, SQLITE_OK);
+}
 
 // Each test begins with an open database in memory, `db`, and an empty log.
 class TestDatabase final : public QObject
@@ -103,6 +122,14 @@ private Q_SLOTS:
         QVERIFY(!db->executeQuery(u"select 1"_s, {}));
         QCOMPARE(log->lines(), {u"The FMDatabase %1 is not open."_s.arg(description())});
         QVERIFY(!db->executeStatements(u"select 1"_s));
+    }
+
+    void close_failure_isLoggedAndCloses()
+    {
+        nextClose = SQLITE_IOERR;
+        QVERIFY(db->close());
+        QCOMPARE(log->lines(), {u"error closing!: 10"_s});
+        QVERIFY(!db->isOpen() && !db->sqliteHandle());
     }
 
     void query_failure_isLoggedAndLeavesTheConnectionUsable_data()
@@ -317,6 +344,25 @@ private Q_SLOTS:
             QVERIFY(other->executeStatements(u"commit"_s));
             QVERIFY(file->executeStatements(u"insert into t values (1)"_s));
         }
+    }
+
+    void lockedFile_onASystemThatDoesNotSleep_isLogged()
+    {
+        const auto file = openFile(), other = openFile();
+        file->setMaxBusyRetryTimeInterval(0.001);
+        QVERIFY(other->executeStatements(u"create table t (a); begin exclusive"_s));
+        sqlite3_vfs *usual = sqlite3_vfs_find(nullptr);
+        sqlite3_vfs sleepless = *usual;
+        sleepless.zName = "sleepless";
+        sleepless.xSleep = sleepNotAtAll;
+        sqlite3_vfs_register(&sleepless, 1);
+        QVERIFY(!file->executeStatements(u"insert into t values (1)"_s));
+        sqlite3_vfs_register(usual, 1);
+        sqlite3_vfs_unregister(&sleepless);
+        const QRegularExpression warning(
+            u"^WARNING: Requested sleep of [5-9]\\d milliseconds, but SQLite returned 0\\. "
+            "Maybe SQLite wasn't built with HAVE_USLEEP=1\\?$"_s);
+        QVERIFY2(warning.match(log->lines().value(0)).hasMatch(), qPrintable(log->lines().value(0)));
     }
 
     void lockedFile_releasedInTime_isWritten()
