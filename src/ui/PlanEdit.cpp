@@ -2,6 +2,7 @@
 
 #include "store/PlanStore.h"
 #include "store/Records.h"
+#include "toolkit/CheckBox.h"
 #include "toolkit/FileChooser.h"
 #include "toolkit/FormRow.h"
 #include "toolkit/SegmentedChoice.h"
@@ -9,7 +10,6 @@
 #include "toolkit/Symbol.h"
 #include "toolkit/TimeField.h"
 
-#include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -93,7 +93,7 @@ void PlanEdit::addWeekRow()
     const std::array names{tr("Sun"), tr("Mon"), tr("Tue"), tr("Wed"), tr("Thu"), tr("Fri"), tr("Sat")};
     auto *row = new FormRow(tr("Week:"));
     for (size_t day = 0; day < week.size(); ++day) {
-        week[day] = new QCheckBox(names[day]);
+        week[day] = new CheckBox(names[day]);
         week[day]->setChecked(plan.*planWeekdays[day]);
         row->addField(week[day]);
     }
