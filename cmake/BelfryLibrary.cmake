@@ -46,6 +46,16 @@ function(belfry_test file)
         "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test")
 endfunction()
 
+# belfry_long_test(NAME [FUNCTION...])
+#
+# The test NAME once more, as NAMELong and with the label "long": with BELFRY_LONG=1, which turns up the
+# number of its rounds, and with its test functions FUNCTION only, if there are any.
+function(belfry_long_test name)
+    get_test_property(${name} ENVIRONMENT environment)
+    add_test(NAME ${name}Long COMMAND ${name} ${ARGN})
+    set_tests_properties(${name}Long PROPERTIES TIMEOUT 3600 LABELS long ENVIRONMENT "${environment};BELFRY_LONG=1")
+endfunction()
+
 # belfry_layer_test(LIBRARY HEADER)
 #
 # A test that a source which uses LIBRARY cannot include HEADER, which belongs to a layer above it.
