@@ -84,26 +84,6 @@ private Q_SLOTS:
         QCOMPARE(HolidayStore(base.db).holidays.value(), QList<Holiday>{holiday});
     }
 
-    // Rows that the program itself never writes.
-    void oddRows_areReadAsEmptyAndFalse_andLeftAlone()
-    {
-        const TemplateDatabase base;
-        base.run(u"drop table plan; create table plan(id, title, begin, end, music, content, isloop, "
-                 u"ismusic, week0,"
-                 " week1, week2, week3, week4, week5, week6);"
-                 "insert into plan values('1', null, 5, '09:00', x'ff', cast(x'ff' as text), 'TRUE', 1, "
-                 "x'74727565',"
-                 " 'True', '', null, 'false', 0.5, 'true');"
-                 "drop table history; create table history(id, title, begin, end);"
-                 "insert into history values(null, null, null, null);"_s);
-        const QString before = base.rows(u"select hex(title), * from plan"_s).join(u'\n');
-        Plan plan{.id = u"1"_s, .begin = u"5"_s, .end = u"09:00"_s, .week6 = true};
-        QCOMPARE(PlanStore(base.db).plans.value(), QList<Plan>{plan});
-        const SetClock clock("2024-05-01 08:00:00");
-        QCOMPARE(HistoryStore(base.db, clock).historys.value(), QList<History>{{.end = u"------"_s}});
-        QCOMPARE(base.rows(u"select hex(title), * from plan"_s).join(u'\n'), before);
-    }
-
     void aDatabaseWithoutTables_leavesTheListsEmptyAndRefuses()
     {
         LogCapture log;
