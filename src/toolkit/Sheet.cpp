@@ -6,7 +6,30 @@
 #include "toolkit/Symbol.h"
 
 #include <QPushButton>
+#include <QStyleOptionButton>
+#include <QStylePainter>
 #include <QVBoxLayout>
+
+namespace {
+
+class SheetButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        QStylePainter painter(this);
+        // Styles mirror a text beside an icon, and the painter would mirror it again.
+        painter.setLayoutDirection(Qt::LeftToRight);
+        painter.drawControl(QStyle::CE_PushButton, option);
+    }
+};
+
+} // namespace
 
 Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window()), buttons(new FormRow(QString()))
 {
@@ -37,7 +60,7 @@ void Sheet::addRow(QWidget *row)
 
 QPushButton *Sheet::addButton(const QString &symbol, const QString &text)
 {
-    auto *button = new QPushButton(Symbol::icon(symbol), text);
+    auto *button = new SheetButton(Symbol::icon(symbol), text);
     button->setIconSize(Style::iconSizeBeside(font()));
     button->setDefault(!buttons->findChild<QPushButton *>());
     buttons->addField(button);

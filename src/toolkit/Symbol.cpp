@@ -65,6 +65,8 @@ QPixmap render(const QString &name, const QColor &color, QSize deviceSize)
         return pixmap;
     }
     QPainter painter(&pixmap);
+    if (name == u"sidebar.left"_s && QGuiApplication::isRightToLeft()) // the one that tells a side
+        painter.setTransform(QTransform(-1, 0, 0, 1, deviceSize.width(), 0));
     renderer.render(&painter);
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(pixmap.rect(), color);
