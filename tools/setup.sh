@@ -5,8 +5,8 @@ cd "$(dirname "$0")/.." || exit 1
 
 fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
-build_packages="g++ cmake ninja-build pkg-config sqlite3 qt6-base-dev qt6-svg-dev libsqlite3-dev
-    libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
+build_packages="g++ cmake ninja-build pkg-config sqlite3 qt6-base-dev qt6-svg-dev qt6-l10n-tools
+    libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi

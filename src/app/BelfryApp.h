@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppStore.h"
+#include "app/Language.h"
 #include "core/AVPlayer.h"
 #include "platform/Clock.h"
 #include "platform/Resources.h"
@@ -27,6 +28,7 @@ public:
 private:
     SystemClock clock;
     Resources resources = Resources::ofApplication();
+    Language language{resources};
     SoundModule sound{SoundModule::pathOfApplication()};
 
     AppStore appStore;

@@ -46,7 +46,7 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
     , environment(environment)
     , sidebar(new Sidebar(environment))
 {
-    setWindowTitle(tr("Belfry — Quillmoss"));
+    setWindowTitle(u"Belfry — Quillmoss"_s);
     setCentralWidget(sidebar);
     setMinimumSize(leastSize);
     resize(firstSize);
