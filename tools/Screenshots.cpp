@@ -1,8 +1,11 @@
-// Draws every screen and editor with a fixed timetable, light and dark, into the folder that is its argument.
+// Draws every screen and editor with a fixed timetable, light and dark.
+// Arguments: the folder for the pictures, and a locale, for the texts of its language.
 
+#include "app/Language.h"
 #include "support/Controls.h"
 #include "support/MainWindow.h"
 #include "toolkit/Style.h"
+#include "ui/Sidebar.h"
 
 #include <QDialog>
 #include <QPainter>
@@ -76,16 +79,16 @@ void takeAll(const QString &folder, const QString &scheme)
     desk.stage.sounding->setCurrentTime(31);
     desk.tick("08:00:31");
     shot(u"plans"_s);
-    click(desk.toolBar(), u"Edit"_s);
+    click(desk.toolBar(), ContentView::tr("Edit"));
     shot(u"plans-edit"_s);
-    editor(u"Add Plan"_s, u"plan-editor"_s);
-    desk.chooseScreen(u"Holiday"_s);
+    editor(ContentView::tr("Add Plan"), u"plan-editor"_s);
+    desk.chooseScreen(Sidebar::tr("Holiday"));
     shot(u"holidays"_s);
-    editor(u"Add Holiday"_s, u"holiday-editor"_s);
-    editor(u"Delete"_s, u"delete"_s);
+    editor(ContentView::tr("Add Holiday"), u"holiday-editor"_s);
+    editor(ContentView::tr("Delete"), u"delete"_s);
     desk.tick("08:02:00");
     desk.tick("08:50:00");
-    desk.chooseScreen(u"History"_s);
+    desk.chooseScreen(Sidebar::tr("History"));
     shot(u"history"_s);
 }
 
@@ -96,6 +99,8 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     const QString folder = QString::fromLocal8Bit(argc > 1 ? argv[1] : ".");
+    QLocale::setDefault(QLocale(QString::fromLocal8Bit(argc > 2 ? argv[2] : "C")));
+    const Language language(Resources::ofApplication());
     takeAll(folder, QString());
     QApplication::setPalette(darkPalette());
     takeAll(folder, u"-dark"_s);
