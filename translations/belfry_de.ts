@@ -209,7 +209,7 @@
     </message>
     <message>
         <source>Loop:</source>
-        <translation>Endlos:</translation>
+        <translation>Schleife:</translation>
     </message>
     <message>
         <source>Choose File</source>
@@ -228,7 +228,7 @@
     <name>PlanItem</name>
     <message>
         <source>Repeat</source>
-        <translation>Endlos</translation>
+        <translation>Wiederholen</translation>
     </message>
     <message>
         <source>Edit</source>
