@@ -53,7 +53,9 @@ endfunction()
 function(belfry_long_test name)
     get_test_property(${name} ENVIRONMENT environment)
     add_test(NAME ${name}Long COMMAND ${name} ${ARGN})
-    set_tests_properties(${name}Long PROPERTIES TIMEOUT 3600 LABELS long ENVIRONMENT "${environment};BELFRY_LONG=1")
+    # Qt Test by itself ends a test function after five minutes.
+    set_tests_properties(${name}Long PROPERTIES TIMEOUT 3600 LABELS long
+        ENVIRONMENT "${environment};BELFRY_LONG=1;QTEST_FUNCTION_TIMEOUT=3600000")
 endfunction()
 
 # belfry_layer_test(LIBRARY HEADER)
