@@ -67,10 +67,7 @@ void tryEverything(const std::shared_ptr<FMDatabase> &db)
         [&] { holidays.deleteCheckedHolidays(); });
     const SetClock clock("2026-03-02 08:00:00");
     HistoryStore history(db, clock);
-    const qsizetype before = history.historys->size();
     history.addHistory(u"Bell"_s);
-    const bool isAdded = Records::find(history.historys.value(), history.curId) != history.historys->cend();
-    QCOMPARE(history.historys->size(), before + (isAdded ? 1 : 0));
     history.finishHistory();
     history.deleteOldHistory();
     history.deleteCheckedHistory();
