@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.." || exit 1
 
 fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
-build_packages="g++ cmake ninja-build pkg-config sqlite3 qt6-base-dev qt6-svg-dev qt6-l10n-tools
+build_packages="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-base-dev qt6-svg-dev qt6-l10n-tools
     libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
 
 as_root() {
@@ -15,7 +15,7 @@ as_root() {
 # Where there is no apt-get: says what the build would miss.
 check_tools() {
     missing=
-    for tool in cmake ninja pkg-config c++ sqlite3; do
+    for tool in cmake ninja pkg-config c++ sqlite3 rsvg-convert; do
         command -v $tool >/dev/null || missing="$missing $tool"
     done
     for library in Qt6Widgets Qt6Svg sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
