@@ -1,6 +1,8 @@
 #include "app/BelfryApp.h"
+#include "platform/Resources.h"
 
 #include <QApplication>
+#include <QIcon>
 
 #include <csignal>
 #include <fcntl.h>
@@ -17,6 +19,20 @@ void occupyStandardDescriptors()
     }
 }
 
+// For displays that do not look it up by the application's id. The icon theme lies beside the resources, in
+// the build tree too.
+QIcon windowIcon()
+{
+    const Resources resources = Resources::ofApplication();
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
+        const QString name = QStringLiteral("../icons/hicolor/%1x%1/apps/" BELFRY_ID).arg(size);
+        if (const auto file = resources.path(name, QStringLiteral("png")))
+            icon.addFile(*file, {size, size});
+    }
+    return icon;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -28,6 +44,8 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
+    QApplication::setWindowIcon(windowIcon());
 
     BelfryApp belfry;
     belfry.show();
