@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 // How much too early the recorder may date a sound, in ms: the sink mixes so much in advance.
 constexpr qint64 recorderError = 50;
 
-// The built program, as a user has it: its own home, a sound server, a wall clock.
+// The installed program, as a user has it: its own home, a sound server, a wall clock.
 class TestEndToEnd final : public QObject
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private:
         auto withClock = environment();
         clock.addTo(withClock);
         belfry.setProcessEnvironment(withClock);
-        belfry.start(QStringLiteral(BELFRY_PROGRAM), QStringList());
+        belfry.start(QStringLiteral(BELFRY_INSTALLED "/bin/belfry"), QStringList());
         QVERIFY(belfry.waitForStarted());
     }
 
@@ -83,7 +83,7 @@ private Q_SLOTS:
         end();
         lines += belfry.readAllStandardOutput();
         QCOMPARE(QString::fromUtf8(lines), u"数据库不存在：%1\nbundleDbPath = %2/data.db\n"_s.arg(
-                                               database, QStringLiteral(BELFRY_RESOURCES)));
+                                               database, QStringLiteral(BELFRY_INSTALLED "/share/belfry")));
         QVERIFY(QFile::exists(database));
     }
 
@@ -92,7 +92,8 @@ private Q_SLOTS:
     {
         QProcess shell;
         shell.setProcessEnvironment(environment());
-        shell.start(u"/bin/sh"_s, {u"-c"_s, u"exec \"$0\" <&- >&- 2>&-"_s, QStringLiteral(BELFRY_PROGRAM)});
+        shell.start(u"/bin/sh"_s,
+                    {u"-c"_s, u"exec \"$0\" <&- >&- 2>&-"_s, QStringLiteral(BELFRY_INSTALLED "/bin/belfry")});
         QVERIFY(shell.waitForStarted());
         for (int descriptor = 0; descriptor < 3; ++descriptor)
             QTRY_COMPARE(QFile::symLinkTarget(u"/proc/%1/fd/%2"_s.arg(shell.processId()).arg(descriptor)),
