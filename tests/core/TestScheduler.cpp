@@ -99,87 +99,62 @@ private Q_SLOTS:
         QTEST(timetable.log().join(u", "_s), "log");
     }
 
-    void holidays_data()
+    void holidays_silenceTheirDaysFromTheFirstToTheLast()
     {
-        columns<QString, QString, bool>("begin", "end", "rings");
-        QTest::newRow("the first day") << u"2026-03-02"_s << u"2026-03-05"_s << false;
-        QTest::newRow("the last day") << u"2026-02-27"_s << u"2026-03-02"_s << false;
-        QTest::newRow("a single day") << u"2026-03-02"_s << u"2026-03-02"_s << false;
-        QTest::newRow("over") << u"2026-02-27"_s << u"2026-03-01"_s << true;
-        QTest::newRow("to come") << u"2026-03-03"_s << u"2026-03-05"_s << true;
-        QTest::newRow("an end before its begin") << u"2026-03-05"_s << u"2026-03-01"_s << true;
-    }
-    void holidays()
-    {
-        QFETCH(QString, begin);
-        QFETCH(QString, end);
-        Timetable timetable("2026-03-02 00:00:00");
-        timetable.addPlan(u"Bell"_s, u"08:00"_s, u"08:30"_s);
-        timetable.holidayStore.addHoliday(
-            {.id = u"past"_s, .begin = u"2020-01-01"_s, .end = u"2020-01-02"_s});
-        timetable.holidayStore.addHoliday({.id = u"other"_s, .begin = begin, .end = end});
-        timetable.tickAt({u"08:00:00"_s});
-        QTEST(timetable.stage.sounding != nullptr, "rings");
+        const auto rings = [](const QString &begin, const QString &end) {
+            Timetable timetable("2026-03-02 00:00:00");
+            timetable.addPlan(u"Bell"_s);
+            timetable.holidayStore.addHoliday(
+                {.id = u"1"_s, .begin = u"2020-01-01"_s, .end = u"2020-01-02"_s});
+            timetable.holidayStore.addHoliday({.id = u"2"_s, .begin = begin, .end = end});
+            return timetable.tickAt({u"08:00:00"_s}).stage.sounding != nullptr;
+        };
+        QVERIFY(!rings(u"2026-03-02"_s, u"2026-03-05"_s));
+        QVERIFY(!rings(u"2026-02-27"_s, u"2026-03-02"_s));
+        QVERIFY(!rings(u"2026-03-02"_s, u"2026-03-02"_s));
+        QVERIFY(rings(u"2026-02-27"_s, u"2026-03-01"_s));
+        QVERIFY(rings(u"2026-03-03"_s, u"2026-03-05"_s));
+        QVERIFY(rings(u"2026-03-05"_s, u"2026-03-01"_s));
     }
 
     void aHolidayStopsNothing_butTheClockAndTheReadoutsGoOn()
     {
-        Timetable timetable("2026-03-01 00:00:00");
+        Timetable timetable("2026-03-07 00:00:00");
         timetable.addPlan(u"Night"_s, u"23:50"_s, u"00:10"_s, u"0123456"_s);
         timetable.tickAt({u"23:50:00"_s});
-        timetable.holidayStore.addHoliday({.id = u"1"_s, .begin = u"2026-03-02"_s, .end = u"2026-03-02"_s});
+        timetable.holidayStore.addHoliday({.id = u"1"_s, .begin = u"2026-03-08"_s, .end = u"2026-03-08"_s});
         timetable.stage.sounding->setCurrentTime(61.5);
-        timetable.tickAt({u"2026-03-02 00:10:00"_s});
+        const Scheduler &scheduler = timetable.scheduler;
+        QCOMPARE(scheduler.nowWeek.value(), u"6"_s);
+        timetable.tickAt({u"2026-03-08 00:10:00"_s});
         QCOMPARE(timetable.state(), u"Night [Night]"_s);
         QCOMPARE(timetable.avPlayer.currentTime.value(), u"01:01"_s);
-        QCOMPARE(timetable.scheduler.nowTime.value(), u"00:10:00"_s);
+        QCOMPARE(scheduler.nowDate + u' ' + scheduler.nowTime + u' ' + scheduler.nowWeek,
+                 u"2026-03-08 00:10:00 0"_s);
         timetable.stage.sounding->stop();
         timetable.tickAt({u"00:10:01"_s});
         QCOMPARE(timetable.state(), u"- []"_s);
         QCOMPARE(timetable.log(), QStringList{u"Night 23:50:00 - 00:10:01"_s});
     }
 
-    void aFileThatEndsByItself_isNoticedByTheNextTick_andKeepsItsReadouts()
+    void theEndOfAFileKeepsTheReadouts_thatOfAPlanRewinds_andAStartPrunesTheLog()
     {
         Timetable timetable("2026-03-02 00:00:00");
         timetable.addPlan(u"Bell"_s, u"08:00"_s, u"08:30"_s, u"0123456"_s);
         timetable.tickAt({u"08:00:00"_s});
-        QCOMPARE(timetable.avPlayer.currentTime.value(), u"00:00"_s);
         timetable.stage.sounding->setCurrentTime(30.9);
         timetable.tickAt({u"08:00:30"_s});
         timetable.stage.sounding->stop();
-        timetable.tickAt({u"08:00:31"_s, u"08:30:00"_s});
+        timetable.tickAt({u"08:00:31"_s});
         QCOMPARE(timetable.state(), u"- []"_s);
         QCOMPARE(timetable.log(), QStringList{u"Bell 08:00:00 - 08:00:31"_s});
+        timetable.tickAt({u"08:30:00"_s});
         QCOMPARE(timetable.avPlayer.currentTime + u' ' + timetable.avPlayer.durationTime.value(),
                  u"00:30 01:30"_s);
-    }
-
-    void anEndRewindsThePlayer_andAStartPrunesTheLog()
-    {
-        Timetable timetable("2026-03-02 00:00:00");
-        timetable.addPlan(u"Bell"_s, u"08:00"_s, u"08:30"_s, u"0123456"_s);
-        timetable.tickAt({u"08:00:00"_s});
-        timetable.stage.sounding->setCurrentTime(40);
-        timetable.tickAt({u"08:30:00"_s});
         QCOMPARE(timetable.avPlayer.player.value()->currentTime(), 0.0);
         timetable.tickAt({u"2026-03-03 08:00:00"_s});
         QCOMPARE(timetable.historyStore.historys->size(), 1);
         QCOMPARE(timetable.log(), QStringList{u"Bell 08:00:00 - "_s});
-    }
-
-    void clockTexts_followTheClock()
-    {
-        Timetable timetable("2026-03-07 23:59:59");
-        QVERIFY(timetable.scheduler.nowTime->isEmpty());
-        const auto texts = [&timetable] {
-            const Scheduler &scheduler = timetable.scheduler;
-            return scheduler.nowDate + u' ' + scheduler.nowTime + u' ' + scheduler.nowWeek;
-        };
-        timetable.tickAt({u"23:59:59"_s});
-        QCOMPARE(texts(), u"2026-03-07 23:59:59 6"_s);
-        timetable.tickAt({u"2026-03-08 00:00:00"_s});
-        QCOMPARE(texts(), u"2026-03-08 00:00:00 0"_s);
     }
 };
 
