@@ -1,8 +1,7 @@
+#include "support/Controls.h"
 #include "support/LogCapture.h"
-#include "support/Table.h"
 #include "toolkit/Alert.h"
 #include "toolkit/SegmentedChoice.h"
-#include "toolkit/Sheet.h"
 #include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
@@ -13,6 +12,8 @@
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -32,14 +33,6 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
     }
 
-    void sheet_liesOverItsWindowAndHasItsSize()
-    {
-        Sheet sheet(u"Add Plan"_s, window.get());
-        sheet.open();
-        QCOMPARE(sheet.size(), QSize(450 + 2 * 12, 250 + 2 * 12));
-        QVERIFY(qAbs(sheet.geometry().center().x() - window->geometry().center().x()) <= 2);
-    }
-
     void segments_areRadioButtonsForMouseAndArrows()
     {
         SegmentedChoice choice({u"Yes"_s, u"No"_s});
@@ -53,7 +46,6 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), segments[1]);
         QTest::mouseClick(segments[0], Qt::LeftButton);
         QCOMPARE(choice.choice(), 0);
-        segments[0]->setFocus();
         QTest::keyClick(segments[0], Qt::Key_Right);
         QCOMPARE(choice.choice(), 1);
         QCOMPARE(changes.size(), 2);
@@ -64,52 +56,29 @@ private Q_SLOTS:
         QCOMPARE(segment->parent()->text(QAccessible::Name), u"Loop:"_s);
     }
 
-    void alert_runsTheActionOfItsAnswer_data()
+    void alert_deletesNothingUnlessToldTo()
     {
-        columns<QString, int, QString>("button", "key", "answer");
-        QTest::newRow("a click on Delete") << u"Delete"_s << 0 << u"deleted"_s;
-        QTest::newRow("a click on Cancel") << u"Cancel"_s << 0 << u"cancelled"_s;
-        QTest::newRow("Escape cancels") << QString() << int(Qt::Key_Escape) << u"cancelled"_s;
-        QTest::newRow("Enter alone deletes nothing") << QString() << int(Qt::Key_Return) << u"cancelled"_s;
-        QTest::newRow("closing the window cancels") << QString() << 0 << u"cancelled"_s;
-    }
-
-    void alert_runsTheActionOfItsAnswer()
-    {
-        QFETCH(QString, button);
-        QFETCH(int, key);
-        QFETCH(QString, answer);
-        QStringList answers;
-        const QPointer<QMessageBox> box =
-            Alert::show(window.get(), u"Confirm"_s, u"Delete the selected data?"_s,
-                        {{u"Delete"_s, Alert::Role::destructive, [&] { answers << u"deleted"_s; }},
-                         {u"Cancel"_s, Alert::Role::cancel, [&] { answers << u"cancelled"_s; }}});
-        QVERIFY(QTest::qWaitForWindowExposed(box));
-        QVERIFY(answers.isEmpty());
-        if (key)
-            QTest::keyClick(box->focusWidget(), Qt::Key(key));
-        else if (button.isEmpty())
-            box->close();
-        for (QAbstractButton *each : box ? box->buttons() : QList<QAbstractButton *>()) {
-            if (each->text() == button)
-                QTest::mouseClick(each, Qt::LeftButton);
+        const std::pair<std::function<void(QMessageBox &)>, QString> answers[]{
+            {[](QMessageBox &box) { click(&box, u"Delete"_s); }, u"deleted"_s},
+            {[](QMessageBox &box) { QTest::keyClick(box.focusWidget(), Qt::Key_Escape); }, u"cancelled"_s},
+            {[](QMessageBox &box) { QTest::keyClick(box.focusWidget(), Qt::Key_Return); }, u"cancelled"_s},
+            {[](QMessageBox &box) { box.close(); }, u"cancelled"_s},
+        };
+        for (const auto &[answer, outcome] : answers) {
+            QStringList outcomes;
+            const QPointer<QMessageBox> box =
+                Alert::show(window.get(), u"Confirm"_s, u"<i>Really</i>?"_s,
+                            {{u"Delete"_s, Alert::Role::destructive, [&] { outcomes << u"deleted"_s; }},
+                             {u"Cancel"_s, Alert::Role::cancel, [&] { outcomes << u"cancelled"_s; }}});
+            QVERIFY(QTest::qWaitForWindowExposed(box));
+            QStringList texts;
+            for (QLabel *label : box->findChildren<QLabel *>())
+                texts << QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
+            QVERIFY(texts.contains(u"Confirm"_s) && texts.contains(u"<i>Really</i>?"_s));
+            answer(*box);
+            QTRY_VERIFY(!box);
+            QCOMPARE(outcomes, QStringList(outcome));
         }
-        QTRY_VERIFY(!box);
-        QCOMPARE(answers, QStringList(answer));
-    }
-
-    void message_isPlainTextAndHasOneButton()
-    {
-        const QPointer<QMessageBox> box =
-            Alert::show(window.get(), u"Tip"_s, u"<i>Please</i>"_s, {{u"OK"_s, Alert::Role::standard, {}}});
-        QVERIFY(QTest::qWaitForWindowExposed(box));
-        QStringList texts;
-        for (QLabel *label : box->findChildren<QLabel *>())
-            texts << QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
-        QVERIFY(texts.contains(u"Tip"_s));
-        QVERIFY(texts.contains(u"<i>Please</i>"_s));
-        QTest::keyClick(box->focusWidget(), Qt::Key_Escape);
-        QTRY_VERIFY(!box);
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
