@@ -69,12 +69,14 @@ private Q_SLOTS:
         // An installed template may be read-only; the user's copy of it must not be.
         const QString source = folder->filePath(u"data.db"_s);
         QVERIFY(QFile::copy(*resources.path(u"data"_s, u"db"_s), source));
-        QFile::setPermissions(source, QFile::ReadOwner);
+        QFile::setPermissions(source, QFile::Permissions::fromInt(0x4444));
+        QFile::setPermissions(folder->path(), QFile::Permissions::fromInt(0x7777));
         const QString documents = folder->filePath(u"a new/folder of Jürgen's 铃"_s);
         const QString path = documents + u"/data.db"_s;
         SQLiteHelper helper(documents, Resources(folder->path()));
-        QCOMPARE(printedBy([&helper] { helper.dbURL(); }),
-                 (QStringList{u"数据库不存在："_s + path, u"bundleDbPath = "_s + source}));
+        QStringList lines;
+        asNobody([&] { lines = printedBy([&helper] { helper.dbURL(); }); });
+        QCOMPARE(lines, (QStringList{u"数据库不存在："_s + path, u"bundleDbPath = "_s + source}));
         QCOMPARE(helper.dbURL(), path);
         QCOMPARE(helper.db().get(), helper.db().get());
         QVERIFY(QFile::permissions(path) & QFile::WriteOwner);
@@ -100,9 +102,6 @@ private Q_SLOTS:
         const QStringList lines = printedBy([&helper] { helper.dbURL(); });
         QCOMPARE(lines.size(), 4);
         QVERIFY(lines.at(1).startsWith(u"创建Document下的软件目录出错："_s) && lines.at(1).size() > 25);
-        const LogCapture log;
-        QVERIFY(PlanStore(helper.db()).plans->isEmpty());
-        QCOMPARE(log.lines(), QStringList{u"error opening!: 14"_s});
     }
 
     void aDamagedFile_isLeftByteForByte()
@@ -144,14 +143,6 @@ private Q_SLOTS:
             QCOMPARE(contentOf(path), content);
         }
         QFile::setPermissions(folder->path(), QFile::Permissions::fromInt(0x7777));
-    }
-
-    void aFolderOfThatName_leavesTheListEmpty()
-    {
-        QVERIFY(QDir(folder->path()).mkdir(u"data.db"_s));
-        const LogCapture log;
-        QVERIFY(PlanStore(SQLiteHelper(folder->path(), resources).db()).plans->isEmpty());
-        QCOMPARE(log.lines(), QStringList{u"error opening!: 14"_s});
     }
 };
 
