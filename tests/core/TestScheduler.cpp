@@ -58,10 +58,8 @@ private Q_SLOTS:
         };
         row("starts in its begin second", "Monday 08:00 09:00 1", "07:59:59, 08:00:00", "Monday [Monday]",
             "Monday 08:00:00 - ");
-        row("not before and not after it", "Monday 08:00 09:00 1", "07:59:59, 08:00:01, 08:00:59", "- []",
-            "");
-        row("not on another weekday", "Monday 08:00 09:00 1", "2026-03-03 08:00:00", "- []", "");
-        row("not without a weekday", "Never 08:00 09:00 ", "08:00:00", "- []", "");
+        row("an end in the begin second of its own plan goes first", "Now 08:00 08:00 1", "08:00:00",
+            "Now [Now]", "Now 08:00:00 - ");
         row("stops in its end second", "Monday 08:00 09:00 1", "08:00:00, 09:00:00", "- []",
             "Monday 08:00:00 - 09:00:00");
         row("an end on another weekday stops whatever plays, whose own mark stays",
@@ -97,24 +95,6 @@ private Q_SLOTS:
         timetable.tickAt(ticks.split(u", "_s));
         QTEST(timetable.state(), "state");
         QTEST(timetable.log().join(u", "_s), "log");
-    }
-
-    void holidays_silenceTheirDaysFromTheFirstToTheLast()
-    {
-        const auto rings = [](const QString &begin, const QString &end) {
-            Timetable timetable("2026-03-02 00:00:00");
-            timetable.addPlan(u"Bell"_s);
-            timetable.holidayStore.addHoliday(
-                {.id = u"1"_s, .begin = u"2020-01-01"_s, .end = u"2020-01-02"_s});
-            timetable.holidayStore.addHoliday({.id = u"2"_s, .begin = begin, .end = end});
-            return timetable.tickAt({u"08:00:00"_s}).stage.sounding != nullptr;
-        };
-        QVERIFY(!rings(u"2026-03-02"_s, u"2026-03-05"_s));
-        QVERIFY(!rings(u"2026-02-27"_s, u"2026-03-02"_s));
-        QVERIFY(!rings(u"2026-03-02"_s, u"2026-03-02"_s));
-        QVERIFY(rings(u"2026-02-27"_s, u"2026-03-01"_s));
-        QVERIFY(rings(u"2026-03-03"_s, u"2026-03-05"_s));
-        QVERIFY(rings(u"2026-03-05"_s, u"2026-03-01"_s));
     }
 
     void aHolidayStopsNothing_butTheClockAndTheReadoutsGoOn()

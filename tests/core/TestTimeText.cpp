@@ -1,7 +1,5 @@
 #include "core/TimeText.h"
 
-#include "support/SetClock.h"
-
 #include <QLocale>
 #include <QTest>
 
@@ -17,27 +15,13 @@ private Q_SLOTS:
     void texts_areTheSameInEveryLocale()
     {
         const QDateTime moment(QDate(2026, 3, 9), QTime(19, 5, 9));
-        const SetClock now("2000-01-01 00:00:00");
         for (const auto &locale : {u"C"_s, u"ar_EG"_s, u"en_US"_s}) {
             QLocale::setDefault(QLocale(locale));
             QCOMPARE(TimeText::formatDate(moment.toUTC(), TimeText::timestampPattern),
                      u"2026-03-09 19:05:09"_s);
-            QCOMPARE(TimeText::toDate(u"2026-03-09 19:05:09"_s, TimeText::timestampPattern, now), moment);
             QCOMPARE(TimeText::formatDuration(61), u"01:01"_s);
         }
         QLocale::setDefault(QLocale::c());
-    }
-
-    void toDate_readsWhatFits_andElseIsNow()
-    {
-        const SetClock now("2026-03-09 12:00:00");
-        const auto read = [&now](const QString &text) {
-            return TimeText::toDate(text, TimeText::timestampPattern, now).toString(Qt::ISODate);
-        };
-        QCOMPARE(read(u"2024-02-29 00:00:00"_s), u"2024-02-29T00:00:00"_s);
-        QCOMPARE(read(u"2026-03-29 02:30:00"_s), u"2026-03-29T03:30:00"_s); // summer time skips it
-        for (const auto &text : {u"2026-02-30 00:00:00"_s, u"2026-03-09 7.30:00"_s, u""_s})
-            QCOMPARE(read(text), u"2026-03-09T12:00:00"_s);
     }
 
     void formatDuration_cutsOffFractionsAndKnowsNoHours()
