@@ -118,13 +118,13 @@ private Q_SLOTS:
         QTRY_VERIFY(selectAllShows(desk, symbol));
         QTEST(checked(desk), "afterSelectAll");
 
-        for (const auto &answer : {u"Cancel"_s, u"Delete"_s}) {
-            QTEST(checked(desk), "afterSelectAll");
-            QVERIFY(click(desk.toolBar(), u"Delete"_s));
-            QVERIFY(desk.dialog<QMessageBox>()->informativeText().contains(u"Delete the selected data?"_s));
-            QVERIFY(click(desk.dialog(), answer));
-            desk.closeDialogs();
-        }
+        QVERIFY(click(desk.toolBar(), u"Delete"_s));
+        QVERIFY(desk.dialog<QMessageBox>()->informativeText().contains(u"Delete the selected data?"_s));
+        press(Qt::Key_Return); // which deletes nothing
+        desk.closeDialogs();
+        QTEST(checked(desk), "afterSelectAll");
+        QVERIFY(click(desk.toolBar(), u"Delete"_s));
+        QVERIFY(click(desk.dialog(), u"Delete"_s));
         QTEST(desk.base
                   .rows(u"select (select count(*) from plan), (select count(*) from holiday),"
                         " (select count(*) from history)"_s)
