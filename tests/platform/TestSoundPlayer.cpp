@@ -157,16 +157,16 @@ private Q_SLOTS:
         QCOMPARE(sound->currentTime(), 10.0);
         sound->setCurrentTime(4);
         QVERIFY(sound->play());
-        QTRY_COMPARE(placeHeard().value_or(0), 4.0);
+        QTRY_VERIFY(isHeardInStep(*sound));
         sound->setCurrentTime(7);
-        QTRY_COMPARE(placeHeard().value_or(0), 7.0);
+        QTRY_VERIFY(isHeardInStep(*sound));
         sound->stop();
         const double stopped = sound->currentTime();
-        QVERIFY(stopped > 7 && stopped < 8.5);
+        QVERIFY(stopped > 7 && stopped < 10);
         QTRY_VERIFY(!placeHeard());
         QCOMPARE(sound->currentTime(), stopped);
         QVERIFY(sound->play());
-        QTRY_COMPARE(placeHeard().value_or(-1), 7.0);
+        QTRY_VERIFY(isHeardInStep(*sound));
     }
 
     void manyQuickStarts_leaveNothingBehind()

@@ -43,11 +43,11 @@ QStringList printedBy(const std::function<void()> &action)
 // Root may write everything; so, while `action` runs, we are nobody in particular.
 void asNobody(const std::function<void()> &action)
 {
-    const uid_t before = ::geteuid();
-    if (before == 0 && ::seteuid(65534) != 0)
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot && ::setresuid(65534, 65534, 0) != 0)
         qFatal("cannot drop root's rights");
     action();
-    if (before == 0 && ::seteuid(before) != 0)
+    if (isRoot && ::setresuid(0, 0, 0) != 0)
         qFatal("cannot regain root's rights");
 }
 
