@@ -62,11 +62,16 @@ public:
                       QStringLiteral("module-null-sink sink_name=ear rate=48000 channels=2 norewinds=1")});
         if (!QTest::qWaitFor([this]() { return QFile::exists(socket()); }, 10000))
             return false;
-        recorder.start(QStringLiteral("parec"),
-                       {QStringLiteral("--raw"), QStringLiteral("--device=ear.monitor"),
-                        QStringLiteral("--format=s16le"), QStringLiteral("--rate=48000"),
-                        QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=10")});
-        return QTest::qWaitFor([this]() { return !recording.samples.empty(); }, 10000);
+        // The socket is there a moment before anybody listens at it.
+        const auto isRecording = [this]() {
+            if (recorder.state() == QProcess::NotRunning)
+                recorder.start(QStringLiteral("parec"),
+                               {QStringLiteral("--raw"), QStringLiteral("--device=ear.monitor"),
+                                QStringLiteral("--format=s16le"), QStringLiteral("--rate=48000"),
+                                QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=10")});
+            return !recording.samples.empty();
+        };
+        return QTest::qWaitFor(isRecording, 10000);
     }
 
     /// Ends the server and the recorder, as a crash would.
