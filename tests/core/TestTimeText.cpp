@@ -1,5 +1,7 @@
 #include "core/TimeText.h"
 
+#include "support/SetClock.h"
+
 #include <QLocale>
 #include <QTest>
 
@@ -22,6 +24,17 @@ private Q_SLOTS:
             QCOMPARE(TimeText::formatDuration(61), u"01:01"_s);
         }
         QLocale::setDefault(QLocale::c());
+    }
+
+    void toDate_readsWhatFits_andElseIsNow()
+    {
+        const SetClock now("2026-03-09 12:00:00");
+        const auto read = [&now](const QString &text) {
+            return TimeText::toDate(text, TimeText::timestampPattern, now).toString(Qt::ISODate);
+        };
+        QCOMPARE(read(u"2024-02-29 07:30:00"_s), u"2024-02-29T07:30:00"_s);
+        QCOMPARE(read(u"2026-03-29 02:30:00"_s), u"2026-03-29T03:30:00"_s); // summer time skips it
+        QCOMPARE(read(u"2026-03-09 7.30:00"_s), u"2026-03-09T12:00:00"_s);
     }
 
     void formatDuration_cutsOffFractionsAndKnowsNoHours()
