@@ -22,7 +22,6 @@
 
 #include <array>
 #include <cstdio>
-#include <random>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -62,18 +61,27 @@ public:
     }
     Q_DISABLE_COPY_MOVE(Locker)
 
+    // Begins, and returns once the file is locked.
+    void lock()
+    {
+        start();
+        locked.acquire();
+    }
+
 protected:
     void run() override
     {
         const auto db = FMDatabase::databaseWithPath(path);
         if (!db->open() || !db->executeStatements(u"begin immediate"_s))
             qFatal("The file cannot be locked.");
+        locked.release();
         enough.tryAcquire(1, int(length));
     }
 
 private:
     const QString path;
     const qint64 length;
+    QSemaphore locked;
     QSemaphore enough;
 };
 
@@ -104,28 +112,28 @@ struct Belfry
 };
 
 // One trial: what becomes of the bell.
-Outcome ring(qint64 lock, Writer writer, unsigned seed)
+Outcome ring(qint64 lock, Writer writer, unsigned number)
 {
     char *noArguments[] = {nullptr};
     int count = 0;
     const QCoreApplication application(count, noArguments);
     Log::setSink([](const QString &) {});
-    std::mt19937 random(seed);
-    const qint64 moment = lead - 1 - qint64(random() % window);
+    // The trials are spread evenly over the moments of the write and over the course of the lock.
+    const qint64 before = 1 + window * number / trials;
     // The end of a playback is noticed, and written, by the next tick.
-    const qint64 write = writer == Writer::User ? moment : (moment / 1000 + 1) * 1000;
-    const qint64 left = lock == forEver ? forEver : qint64(random() % quint64(lock));
+    const qint64 untilWritten = writer == Writer::User ? 0 : 1 + (before - 1) % 1000;
+    const qint64 left = lock == forEver ? forEver : lock * (number * 79 % trials) / trials;
 
     Belfry belfry;
-    Locker locker(belfry.base.path(), write - moment + 100 + left);
-    QTimer::singleShot(moment - 100, Qt::PreciseTimer, &locker, [&] { locker.start(); });
-    QTimer::singleShot(moment, Qt::PreciseTimer, &locker, [&] {
+    Locker locker(belfry.base.path(), untilWritten + left);
+    const QDateTime begin(QDate(2026, 3, 2), QTime(12, 0));
+    QTimer::singleShot(int(belfry.clock.now().msecsTo(begin) - before), Qt::PreciseTimer, &locker, [&] {
+        locker.lock();
         if (writer == Writer::User)
             belfry.holidays.addHoliday({.id = u"1"_s});
         else
             belfry.stage.sounding->stop();
     });
-    const QDateTime begin(QDate(2026, 3, 2), QTime(12, 0));
     while (belfry.stage.played.size() < 2 && belfry.clock.now() < begin.addSecs(6))
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (belfry.stage.played.size() < 2)
@@ -138,12 +146,15 @@ void report(const char *name, qint64 lock, Writer writer)
 {
     std::array<int, 3> counts = {};
     for (unsigned first = 0; first < trials; first += atOnce) {
-        for (unsigned seed = first; seed < first + atOnce; ++seed) {
+        for (unsigned number = first; number < first + atOnce; ++number) {
             if (::fork() == 0)
-                ::_exit(ring(lock, writer, seed));
+                ::_exit(ring(lock, writer, number));
         }
-        for (int status = 0; ::wait(&status) > 0;)
+        for (int status = 0; ::wait(&status) > 0;) {
+            if (!WIFEXITED(status))
+                qFatal("A trial has failed.");
             ++counts.at(size_t(WEXITSTATUS(status)));
+        }
     }
     std::printf("%-10s %-18s %5.1f %% in time %5.1f %% late %5.1f %% lost\n", name,
                 writer == Writer::User ? "save" : "end of a playback", 100.0 * counts[InTime] / trials,
