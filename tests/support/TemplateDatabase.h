@@ -7,6 +7,27 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+/// The rows of a query, the columns of each joined by "|", NULL as "NULL".
+inline QStringList rowsOf(FMDatabase &db, const QString &query)
+{
+    QStringList lines;
+    const auto set = db.executeQuery(query, {});
+    while (set && set->next()) {
+        QStringList columns;
+        for (int i = 0; i < set->columnCount(); ++i)
+            columns += set->stringForColumnIndex(i).value_or(QStringLiteral("NULL"));
+        lines += columns.join(u'|');
+    }
+    return lines;
+}
+
+/// The same from the database at `path`; none where there is no database.
+inline QStringList rowsIn(const QString &path, const QString &query)
+{
+    const auto db = FMDatabase::databaseWithPath(path);
+    return db->open() ? rowsOf(*db, query) : QStringList();
+}
+
 /// A fresh `data.db` of the schema that the program ships, without the sample plan, in a folder of its own.
 class TemplateDatabase final
 {
@@ -29,19 +50,7 @@ public:
             qFatal("%s", qPrintable(db->lastErrorMessage()));
     }
 
-    /// The rows of a query, the columns of each joined by "|", NULL as "NULL".
-    QStringList rows(const QString &query) const
-    {
-        QStringList lines;
-        const auto set = db->executeQuery(query, {});
-        while (set && set->next()) {
-            QStringList columns;
-            for (int i = 0; i < set->columnCount(); ++i)
-                columns += set->stringForColumnIndex(i).value_or(QStringLiteral("NULL"));
-            lines += columns.join(u'|');
-        }
-        return lines;
-    }
+    QStringList rows(const QString &query) const { return rowsOf(*db, query); }
 
 private:
     QTemporaryDir folder;
