@@ -1,0 +1,465 @@
+// The installed program, from outside, in a world that is not kind to it.
+//
+// BELFRY_LONG in the environment makes it go through every case, and the random ones often.
+
+#include "support/BelfryProcess.h"
+#include "support/SoundFiles.h"
+#include "support/SoundServerProcess.h"
+#include "support/Table.h"
+
+#include <QRandomGenerator>
+#include <QThread>
+#include <QTimeZone>
+#include <QTimer>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Whether to go through every case.
+bool isLong()
+{
+    return qEnvironmentVariableIsSet("BELFRY_LONG");
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Another program that keeps everybody else from the database, for so many seconds; for ever if that is 0.
+class Lock final
+{
+    Q_DISABLE_COPY_MOVE(Lock)
+
+public:
+    Lock(const QString &database, int seconds) : database(database), seconds(seconds)
+    {
+        QObject::connect(&timer, &QTimer::timeout, &timer, [this] { release(); });
+    }
+
+    void hold()
+    {
+        db = FMDatabase::databaseWithPath(database);
+        if (!db->open() || !db->executeStatements(u"begin exclusive"_s))
+            qFatal("cannot lock the database");
+        if (seconds > 0)
+            timer.start(seconds * 1000);
+    }
+
+    void release() { db.reset(); }
+
+private:
+    const QString database;
+    const int seconds;
+    std::shared_ptr<FMDatabase> db;
+    QTimer timer;
+};
+
+// The database as a crash has left it, in a copy: the next start shall find it as it is.
+class Wreck final
+{
+    Q_DISABLE_COPY_MOVE(Wreck)
+
+public:
+    explicit Wreck(const QString &original)
+    {
+        for (const QString &ending : {QString(), u"-journal"_s})
+            QFile::copy(original + ending, database + ending);
+    }
+
+    QStringList rows(const QString &query) const { return rowsIn(database, query); }
+
+private:
+    const QTemporaryDir folder;
+    const QString database = folder.filePath(u"data.db"_s);
+};
+
+// Edits of the timetable by hand, each with what the table of plans holds when it has been acknowledged.
+class Edits final
+{
+public:
+    // From what the table holds, sorted.
+    Edits(const QStringList &titles, int number, const QString &sound) : states{titles}
+    {
+        const QString first = u"Edit %1"_s.arg(number);
+        const QString later = first + u" later"_s;
+        // Cards out of view would be out of reach.
+        if (titles.size() > 3)
+            add({u"click|Select|"_s + titles[0], u"click|Delete"_s, u"click|Delete"_s}, titles[0], {});
+        add({u"click|Add Plan"_s, u"type|Title:|"_s + first, u"type|Music:|"_s + sound, u"click|Add"_s}, {},
+            first);
+        add({u"click|Edit|"_s + first, u"type|Title:|"_s + later, u"click|Modify"_s}, first, later);
+        play = lines.size();
+        played = later;
+        lines += u"click|Play|"_s + later;
+    }
+
+    QStringList lines{u"click|Edit"_s};
+    qsizetype play = 0; // the line that plays a plan
+    QString played;     // and its title
+
+    // What the table may hold when so many lines have been obeyed: what was acknowledged, or one change more.
+    QList<QStringList> possible(qsizetype obeyed) const
+    {
+        const auto done = std::count_if(lines.begin(), lines.begin() + obeyed,
+                                        [](const QString &line) { return line == "closed"_L1; });
+        return states.mid(done, 2);
+    }
+
+private:
+    void add(const QStringList &actions, const QString &gone, const QString &come)
+    {
+        lines += actions + QStringList{u"closed"_s};
+        QStringList next = states.last();
+        next.removeAll(gone);
+        if (!come.isEmpty())
+            next += come;
+        next.sort();
+        states += next;
+    }
+
+    QList<QStringList> states;
+};
+
+// Plans that begin at the same time.
+const QStringList due{u"Due 1"_s, u"Due 2"_s, u"Due 3"_s};
+
+const QString editedTitles = u"select title from plan where title like 'Edit%' order by title"_s;
+
+} // namespace
+
+class TestTorture final : public QObject
+{
+    Q_OBJECT
+
+private:
+    const QTemporaryDir folder;
+    const QString sound = folder.filePath(u"bell.wav"_s);
+    SoundServerProcess server;
+
+    static Plan plan(const QString &title, const QString &begin, const QString &end)
+    {
+        return {.title = title, .begin = begin, .end = end, .isLoop = true};
+    }
+
+    // Whether the window's clock shows three more seconds.
+    static bool clockGoesOn(const BelfryProcess &belfry)
+    {
+        const qsizetype before = belfry.ticks().size();
+        return QTest::qWaitFor([&] { return belfry.ticks().size() >= before + 3; }, 6000);
+    }
+
+    static bool shell(const QString &command, const QString &folder)
+    {
+        QProcess process;
+        process.setWorkingDirectory(folder);
+        process.start(u"sh"_s, {u"-c"_s, command});
+        return process.waitForFinished() && process.exitCode() == 0;
+    }
+
+    bool isHeard(double from) { return !server.heard(from).sounds().empty(); }
+
+    // A timetable with one bell, half a minute before it.
+    void prepare(BelfryProcess &belfry) const
+    {
+        belfry.makeDatabase({plan(u"Bell"_s, u"08:00"_s, u"08:10"_s)}, sound);
+        belfry.clock.set(BelfryProcess::monday("07:59:30"));
+    }
+
+    // Whether the sheet that is open still has the title "Kept".
+    static bool isKept(BelfryProcess &belfry)
+    {
+        return belfry.work({u"read|Title:"_s}) && belfry.answers().last() == "read\tTitle:\tKept"_L1;
+    }
+
+    // Whether everything that was acknowledged is in the database, and nothing half done. Says what is not.
+    static bool isWhole(const Wreck &wreck, const BelfryProcess &belfry, const Edits &edits,
+                        const QDateTime &bell)
+    {
+        const QStringList integrity = wreck.rows(u"pragma integrity_check"_s);
+        const QStringList titles = wreck.rows(editedTitles);
+        const QStringList log =
+            wreck.rows(u"select title from history where begin like '%1%' order by title"_s.arg(
+                bell.toString(u"yyyy-MM-dd"_s)));
+        const QStringList rung = log.filter(u"Due"_s);
+        const bool isBegun = belfry.ticks().contains(u"08:00:00"_s);
+        const bool isPlayed = belfry.answers().size() > edits.play;
+        const bool isWhole =
+            integrity == QStringList{u"ok"_s} && edits.possible(belfry.answers().size()).contains(titles) &&
+            rung == (isBegun ? due : due.mid(0, rung.size())) && (!isPlayed || log.contains(edits.played));
+        if (!isWhole)
+            qWarning() << integrity << titles << log << belfry.answers() << belfry.ticks();
+        return isWhole;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(SoundFiles::make(sound, SoundFiles::tone(u"660"_s, 20)));
+        QVERIFY(server.start());
+    }
+
+    void killedAtAnyMoment_keepsWhatItAcknowledged()
+    {
+        const auto seed = QRandomGenerator::global()->generate();
+        QRandomGenerator random(seed);
+        BelfryProcess belfry;
+        QList<Plan> plans{plan(u"Ends"_s, u"07:30"_s, u"08:00"_s)};
+        for (const QString &title : due)
+            plans += plan(title, u"08:00"_s, u"08:30"_s);
+        belfry.makeDatabase(plans, sound);
+        QStringList titles;
+        for (int round = 0, rounds = isLong() ? 300 : 12; round < rounds; ++round) {
+            const QDateTime bell = BelfryProcess::monday("08:00:00").addDays(round);
+            const Edits edits(titles, round, sound);
+            belfry.clock.set(bell.addMSecs(-random.bounded(500)));
+            QVERIFY(belfry.start());
+            belfry.tell(edits.lines);
+            const qsizetype last = random.bounded(edits.lines.size() + 1);
+            QVERIFY(round % 2 == 0 ? QTest::qWaitFor([&] { return belfry.answers().size() >= last; }, 30000)
+                                   : belfry.waitUntil(bell));
+            QThread::usleep(random.bounded(30'000));
+            belfry.process.kill();
+            QVERIFY(belfry.process.waitForFinished());
+            const Wreck wreck(belfry.database);
+            QVERIFY2(isWhole(wreck, belfry, edits, bell),
+                     qPrintable(u"seed %1, round %2"_s.arg(seed).arg(round)));
+            titles = wreck.rows(editedTitles);
+        }
+        QVERIFY(belfry.start() && belfry.work({u"click|Edit"_s}) && belfry.quit());
+    }
+
+    void killedInTheFirstStart_leavesAWholeTimetableOrNone()
+    {
+        BelfryProcess belfry;
+        for (int round = 0; round < (isLong() ? 100 : 5); ++round) {
+            QDir(belfry.documents).removeRecursively();
+            QVERIFY(belfry.start());
+            QVERIFY(QTest::qWaitFor([&] { return QFile::exists(belfry.documents); }, 30000));
+            QThread::usleep(QRandomGenerator::global()->bounded(2000));
+            belfry.process.kill();
+            QVERIFY(belfry.process.waitForFinished());
+            if (QFile::exists(belfry.database))
+                QCOMPARE(rowsIn(belfry.database, u"select title from plan"_s),
+                         QStringList{u"Sample chime"_s});
+        }
+        QVERIFY(belfry.start() && belfry.work({u"click|Edit"_s}) && belfry.quit());
+    }
+
+    void lockedDatabase_holdsTheClockUpAndNoMore_data()
+    {
+        columns<int>("seconds");
+        QTest::newRow("for ever") << 0;
+        if (isLong()) {
+            QTest::newRow("a second") << 1;
+            QTest::newRow("three seconds") << 3;
+        }
+    }
+    void lockedDatabase_holdsTheClockUpAndNoMore()
+    {
+        QFETCH(const int, seconds);
+        const bool isShort = seconds == 1; // shorter than the program waits
+        BelfryProcess belfry(server.address());
+        prepare(belfry);
+        Lock lock(belfry.database, seconds);
+        QVERIFY(belfry.start());
+        QVERIFY(belfry.work({u"click|Edit"_s, u"click|Edit|Bell"_s, u"type|Title:|Kept"_s}));
+
+        belfry.clock.set(BelfryProcess::monday("07:59:59.500"));
+        lock.hold();
+        const double before = server.seconds();
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(before), 7000);
+        QVERIFY(clockGoesOn(belfry));
+
+        lock.hold();
+        QVERIFY(belfry.work({u"click|Modify"_s}));
+        if (!isShort) {
+            QVERIFY(isKept(belfry));
+            QVERIFY(clockGoesOn(belfry));
+            lock.release();
+            QVERIFY(belfry.work({u"click|Modify"_s}));
+        }
+        QVERIFY(belfry.work({u"closed"_s}));
+
+        lock.hold();
+        belfry.clock.set(BelfryProcess::monday("08:09:59.500"));
+        QVERIFY(belfry.waitUntil(BelfryProcess::monday("08:10:01.500")));
+        const double after = server.seconds();
+        QVERIFY(clockGoesOn(belfry));
+        QVERIFY(!isHeard(after));
+        lock.release();
+        QCOMPARE(rowsIn(belfry.database, u"select title from plan where begin = '08:00'"_s),
+                 QStringList{u"Kept"_s});
+        const QStringList log =
+            rowsIn(belfry.database, u"select title, substr(begin, 12), substr(end, 12) from history"_s);
+        if (isShort)
+            QCOMPARE(log, QStringList{u"Bell|08:00:00|08:10:00"_s});
+        QCOMPARE(belfry.process.readAllStandardError().contains("database is locked"), !isShort);
+    }
+
+    // `before` and `after` the start, the fault is brought about by a shell command in the documents folder;
+    // `mend` takes it back, so that what is in the editor can be saved after all.
+    void faultOfTheDisk_isLoggedAndOutlived_data()
+    {
+        columns<QString, QString, QString, QString, QString>("wrapper", "before", "after", "mend", "log");
+        const auto row = [](const char *name, const QString &wrapper, const char *before, const char *after,
+                            const char *mend, const char *log) {
+            QTest::newRow(name) << wrapper << QString::fromLatin1(before) << QString::fromLatin1(after)
+                                << QString::fromLatin1(mend) << QString::fromLatin1(log);
+        };
+        row("full", u"unshare --map-root-user --mount"_s,
+            "cp data.db .. && mount -t tmpfs -o size=100k none . && cd ../My* && cp ../data.db .",
+            "! cat /dev/zero >filler", "rm filler", "database or disk is full");
+        row("the file is removed", {}, ":", "rm data.db", "", "attempt to write a readonly database");
+        row("rubbish in the file's place", {}, "yes rubbish | head -c 20000 >data.db", ":", "",
+            "file is not a database");
+        if (!isLong())
+            return;
+        // Root may write everything, unless that right is taken away.
+        const QString bound = ::geteuid() == 0 ? u"setpriv --bounding-set -dac_override"_s : QString();
+        row("the file is read-only", bound, "chmod 444 data.db", ":", "",
+            "attempt to write a readonly database");
+        row("the folder is read-only", bound, ":", "chmod 555 .", "chmod 755 .",
+            "attempt to write a readonly database");
+    }
+    void faultOfTheDisk_isLoggedAndOutlived()
+    {
+        QFETCH(const QString, wrapper);
+        QFETCH(const QString, before);
+        QFETCH(const QString, after);
+        QFETCH(const QString, mend);
+        QFETCH(const QString, log);
+        BelfryProcess belfry(server.address());
+        prepare(belfry);
+        belfry.process.setWorkingDirectory(belfry.documents);
+        QVERIFY(belfry.start(wrapper.split(u' ', Qt::SkipEmptyParts) +
+                             QStringList{u"sh"_s, u"-c"_s, before + u" && exec \"$@\""_s, u"sh"_s}));
+        const QStringList values{u"click|Edit"_s, u"click|Add Plan"_s, u"type|Title:|Kept"_s,
+                                 u"type|Music:|"_s + sound};
+        if (!belfry.work(values) && wrapper.startsWith(u"unshare"_s))
+            QSKIP("A small disk cannot be mounted here.");
+        // As the program sees it.
+        const QString documents = u"/proc/%1/root"_s.arg(belfry.process.processId()) + belfry.documents;
+        QVERIFY(shell(after, documents));
+        const QByteArray stored = contentOf(documents + u"/data.db"_s);
+
+        belfry.clock.set(BelfryProcess::monday("07:59:59.500"));
+        const double began = server.seconds();
+        QVERIFY(clockGoesOn(belfry));
+        QVERIFY(belfry.ticks().contains(u"08:00:00"_s));
+        QCOMPARE(isHeard(began), !before.contains(u"rubbish"_s));
+        QVERIFY(belfry.work({u"click|Add"_s}) && isKept(belfry));
+        QVERIFY(clockGoesOn(belfry));
+        QCOMPARE(contentOf(documents + u"/data.db"_s), stored);
+        const QString written = QString::fromUtf8(belfry.process.readAllStandardError());
+        QVERIFY2(written.contains(log), qPrintable(written));
+        if (mend.isEmpty())
+            return;
+        QVERIFY(shell(mend, documents));
+        QVERIFY(belfry.work({u"click|Add"_s, u"closed"_s}));
+        QVERIFY(contentOf(documents + u"/data.db"_s).contains("Kept"));
+    }
+
+    void soundServerThatDies_isHeardAgain()
+    {
+        BelfryProcess belfry(server.address());
+        prepare(belfry);
+        belfry.clock.set(BelfryProcess::monday("07:59:57"));
+        QVERIFY(belfry.start());
+        QByteArray log;
+        for (int deaths = 0; deaths < 2; ++deaths) {
+            QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
+            server.kill();
+            QTRY_COMPARE((log += belfry.process.readAllStandardError()).count("No sound server plays"),
+                         deaths + 1);
+            QVERIFY(server.start());
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
+        QVERIFY(clockGoesOn(belfry));
+        for (qsizetype i = 1; i < belfry.ticks().size(); ++i)
+            QCOMPARE(QTime::fromString(belfry.ticks()[i - 1]).addSecs(1),
+                     QTime::fromString(belfry.ticks()[i]));
+    }
+
+    // Each step sets the clock, to a moment in UTC, and names the begins that the log holds three seconds
+    // later. A step behind a "~" finds the program suspended, as it is while the machine sleeps.
+    void clockSteps_ringWhatIsDueOnce_data()
+    {
+        columns<QStringList>("steps");
+        QTest::newRow("Europe/Berlin") << QStringList{
+            u"2026-03-29T00:59:58.5Z 03:00:00"_s, // summer time begins: there is no 02:00
+            u"2026-10-24T23:59:58.5Z 02:00:00"_s, // it ends: an hour comes twice, and so does its bell
+            u"2026-10-25T00:59:58.5Z 02:00:00 02:00:00"_s,          //
+            u"2026-11-02T22:59:58.5Z 00:00:00"_s,                   // midnight
+            u"2026-11-30T22:59:58.5Z 00:00:00"_s,                   // the end of a month
+            u"2028-02-28T22:59:58.5Z 00:00:00"_s,                   // the 29th of February
+            u"2028-02-29T22:59:58.5Z 00:00:00"_s,                   // and the day after
+            u"2028-03-01T06:59:58.5Z 00:00:00 08:00:00"_s,          //
+            u"2028-03-01T08:00:01.5Z 00:00:00 08:00:00"_s,          // an hour forward while that rings
+            u"2028-03-01T07:00:04.5Z 00:00:00 08:00:00"_s,          // an hour back
+            u"~2028-03-01T14:59:58Z 00:00:00 08:00:00 16:00:00"_s}; // asleep over 09:00
+        if (!isLong())
+            return;
+        QTest::newRow("America/New_York")
+            << QStringList{u"2026-03-08T06:59:58.5Z 03:00:00"_s, u"2026-11-01T04:59:58.5Z 01:00:00"_s,
+                           u"2026-11-01T05:59:58.5Z 01:00:00 01:00:00"_s};
+        QTest::newRow("Australia/Lord_Howe") << QStringList{u"2026-04-04T14:29:58.5Z 01:30:00"_s,
+                                                            u"2026-04-04T14:59:58.5Z 01:30:00 01:30:00"_s,
+                                                            u"2026-10-03T15:29:58.5Z 02:30:00"_s};
+    }
+    void clockSteps_ringWhatIsDueOnce()
+    {
+        QFETCH(QStringList, steps);
+        const QTimeZone zone(QTest::currentDataTag());
+        BelfryProcess belfry;
+        QList<Plan> plans;
+        for (const char *begin :
+             {"00:00", "01:00", "01:30", "02:00", "02:30", "03:00", "08:00", "09:00", "16:00"})
+            plans += plan(u"Bell"_s, QString::fromLatin1(begin), u"12:34"_s);
+        belfry.makeDatabase(plans, sound);
+        belfry.clock.set(BelfryProcess::monday("12:00:30"));
+        QVERIFY(belfry.start({u"env"_s, u"TZ="_s + QString::fromLatin1(zone.id())}));
+        QTRY_VERIFY_WITH_TIMEOUT(!belfry.ticks().isEmpty(), 20000);
+        for (QString step : isLong() ? steps : steps.first(3)) {
+            const auto program = pid_t(belfry.process.processId());
+            const bool isAsleep = step.startsWith(u'~');
+            if (isAsleep)
+                ::kill(program, SIGSTOP);
+            const QDateTime moment =
+                QDateTime::fromString(step.section(u' ', 0, 0).remove(u'~'), Qt::ISODateWithMs);
+            belfry.clock.set(moment);
+            if (isAsleep)
+                ::kill(program, SIGCONT);
+            QVERIFY(belfry.waitUntil(moment.addSecs(3)));
+            QCOMPARE(
+                rowsIn(belfry.database, u"select substr(begin, 12) from history order by rowid"_s).join(u' '),
+                step.section(u' ', 1));
+            QTRY_COMPARE(belfry.ticks().last(), belfry.clock.now().toTimeZone(zone).toString(u"HH:mm:ss"_s));
+        }
+    }
+
+    void valgrind_findsNothingInAStartABellAndAQuit()
+    {
+        if (!isLong() || qstrlen(BELFRY_SANITIZER_LIBRARY) > 0)
+            QSKIP("At length and without sanitizers only.");
+        BelfryProcess belfry(server.address());
+        prepare(belfry);
+        belfry.clock.set(BelfryProcess::monday("07:00:00"));
+        QVERIFY(belfry.start({u"valgrind"_s, u"--quiet"_s, u"--trace-children=yes"_s, u"--leak-check=full"_s,
+                              u"--errors-for-leak-kinds=definite"_s, u"--show-leak-kinds=definite"_s,
+                              u"--error-exitcode=9"_s}));
+        QTRY_VERIFY_WITH_TIMEOUT(!belfry.ticks().isEmpty(), 60000);
+        belfry.clock.set(BelfryProcess::monday("07:59:58"));
+        const double before = server.seconds();
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(before), 30000);
+        const bool isClean = belfry.quit();
+        QVERIFY2(isClean, belfry.process.readAllStandardError().constData());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTorture)
+#include "TestTorture.moc"
