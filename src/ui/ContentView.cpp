@@ -14,6 +14,8 @@
 
 #include <QAction>
 #include <QEvent>
+#include <QScreen>
+#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -22,7 +24,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize leastSize{960, 488};
+// Wide enough for three columns of cards.
 constexpr QSize firstSize{960, 640};
+
+// In the middle of what the panels of the desktop leave free; the title bar comes on top.
+QRect firstGeometry(const QScreen &screen, int titleBarHeight)
+{
+    const QRect free = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
+    const QSize size = firstSize.boundedTo(free.size()).expandedTo(leastSize);
+    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, free);
+}
 
 bool isCurrent(const AppStore &appStore, NavigationItem screen)
 {
@@ -49,7 +60,7 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
     setWindowTitle(u"Belfry — Quillmoss"_s);
     setCentralWidget(sidebar);
     setMinimumSize(leastSize);
-    resize(firstSize);
+    setGeometry(firstGeometry(*screen(), style()->pixelMetric(QStyle::PM_TitleBarHeight)));
     createToolBar();
     showMode();
     sidebar->setFocus();

@@ -201,12 +201,20 @@ private Q_SLOTS:
         QTRY_COMPARE(buttons(desk), u"Toggle Sidebar|Edit"_s);
     }
 
-    void window_hasItsLeastSizeAndItsColumn()
+    void window_isCentredAndHasItsSizesAndItsColumn()
     {
         MainWindow desk;
+        addToAllLists(desk, u"abcdefghij"_s); // so many that the pages scroll
         desk.open();
         QCOMPARE(desk.window.windowTitle(), u"Belfry — Quillmoss"_s);
         QCOMPARE(desk.column()->width(), 120);
+        const QPoint fromMiddle = desk.window.geometry().center() - desk.window.screen()->geometry().center();
+        QVERIFY(fromMiddle.manhattanLength() < 50); // the title bar is in the picture
+        for (const QString &screen : allScreens) {
+            desk.chooseScreen(screen);
+            QTRY_VERIFY(desk.card(u"c"_s)->y() == desk.card(u"a"_s)->y());
+        }
+        desk.chooseScreen(u"Plan"_s);
         desk.window.resize(100, 100);
         QTRY_COMPARE(desk.window.size(), QSize(960, 488));
         const auto *screen = desk.window.findChild<PlanView *>();
