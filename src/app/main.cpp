@@ -1,4 +1,5 @@
 #include "app/BelfryApp.h"
+#include "platform/ExitSignals.h"
 #include "platform/Resources.h"
 
 #include <QApplication>
@@ -42,6 +43,7 @@ int main(int argc, char *argv[])
     std::signal(SIGPIPE, SIG_IGN);
 
     QApplication application(argc, argv);
+    const ExitSignals exitSignals;
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));

@@ -20,6 +20,7 @@ private:
     {
         belfry.process.terminate();
         QVERIFY(belfry.process.waitForFinished());
+        QCOMPARE(belfry.process.exitCode(), 0);
     }
 
     static QDateTime monday(const char *time) { return BelfryProcess::monday(time); }
