@@ -18,7 +18,7 @@ check_tools() {
     for tool in cmake ninja pkg-config c++ sqlite3 rsvg-convert; do
         command -v $tool >/dev/null || missing="$missing $tool"
     done
-    for library in Qt6Widgets Qt6Svg sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
+    for library in Qt6Widgets Qt6DBus Qt6Svg sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
         pkg-config --exists $library 2>/dev/null || missing="$missing $library"
     done
     [ -z "$missing" ] || fail "there is no apt-get here; install these first:$missing"

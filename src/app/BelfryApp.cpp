@@ -3,7 +3,9 @@
 #include "platform/Log.h"
 #include "store/SQLiteHelper.h"
 
+#include <QApplication>
 #include <QTimer>
+#include <QWindow>
 
 using namespace std::chrono_literals;
 
@@ -24,5 +26,19 @@ void BelfryApp::show()
         QString error;
         if (!sound.load(error))
             Log::write(error);
+    });
+}
+
+void BelfryApp::activate()
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    // A window manager of X11 denies the focus to a program that knows no later time than that of the last
+    // key in another one. Any change of a property comes back with the time.
+    window.windowHandle()->setTitle(window.windowTitle());
+    QTimer::singleShot(50ms, &window, [this] {
+        window.raise();
+        // An editor over the window has the keys.
+        QWidget *sheet = QApplication::activeModalWidget();
+        (sheet ? sheet : &window)->activateWindow();
     });
 }

@@ -25,6 +25,9 @@ public:
     /// Shows the main window, and gets the sound ready soon after.
     void show();
 
+    /// Brings the main window to the front, with the sheet over it if there is one.
+    void activate();
+
 private:
     SystemClock clock;
     Resources resources = Resources::ofApplication();

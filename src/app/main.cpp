@@ -1,11 +1,14 @@
 #include "app/BelfryApp.h"
 #include "platform/ExitSignals.h"
+#include "platform/MessageBus.h"
 #include "platform/Resources.h"
+#include "platform/SingleInstance.h"
 
 #include <QApplication>
 #include <QIcon>
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -42,14 +45,19 @@ int main(int argc, char *argv[])
     // A reader of our output that goes away must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
 
-    QApplication application(argc, argv);
-    const ExitSignals exitSignals;
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
+    MessageBus::passOverFrozen();
+    QApplication application(argc, argv);
+    const ExitSignals exitSignals;
+    SingleInstance instance; // before the timetable is touched
+    if (!instance.claim())
+        return EXIT_SUCCESS;
     QApplication::setWindowIcon(windowIcon());
 
     BelfryApp belfry;
+    QObject::connect(&instance, &SingleInstance::activated, &application, [&belfry] { belfry.activate(); });
     belfry.show();
     return QApplication::exec();
 }

@@ -63,6 +63,8 @@ public:
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
         environment.remove(QStringLiteral("XDG_DOCUMENTS_DIR"));
+        for (const char *bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
+            environment.insert(QString::fromLatin1(bus), QStringLiteral("disabled:"));
         environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(soundServer));
         environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("hand"));
         environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(BELFRY_TEST_PLUGINS));

@@ -1,0 +1,95 @@
+#include "platform/MessageBus.h"
+
+#include "platform/Log.h"
+
+#include <QDeadlineTimer>
+#include <QList>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Where the D-Bus library looks for the addresses of the buses.
+constexpr char sessionVariable[] = "DBUS_SESSION_BUS_ADDRESS";
+constexpr char systemVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
+
+QByteArray addressIn(const char *variable, const QByteArray &otherwise)
+{
+    return qEnvironmentVariableIsEmpty(variable) ? otherwise : qgetenv(variable);
+}
+
+// The name of the socket in an address such as "unix:path=/run/user/1000/bus,guid=…", with a null byte in
+// front of an abstract one. Empty for other kinds, which are rare.
+QByteArray socketName(const QByteArray &address)
+{
+    if (!address.startsWith("unix:"))
+        return {};
+    for (const QByteArray &pair : address.split(';').first().mid(5).split(',')) {
+        const QByteArray value = QByteArray::fromPercentEncoding(pair.mid(pair.indexOf('=') + 1));
+        if (pair.startsWith("path="))
+            return value;
+        if (pair.startsWith("abstract="))
+            return '\0' + value;
+    }
+    return {};
+}
+
+// A connection to a bus that has been asked which ways of logging in there are.
+class Question final
+{
+    Q_DISABLE_COPY_MOVE(Question)
+
+public:
+    explicit Question(const QByteArray &address)
+    {
+        const QByteArray name = socketName(address);
+        sockaddr_un socketAddress{AF_UNIX, {}};
+        if (name.isEmpty() || name.size() >= qsizetype(sizeof socketAddress.sun_path))
+            return;
+        std::memcpy(socketAddress.sun_path, name.constData(), size_t(name.size()));
+        const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + size_t(name.size()));
+        if (::connect(socket, reinterpret_cast<const sockaddr *>(&socketAddress), size) != 0)
+            isWaiting = errno == EAGAIN; // so many wait already
+        else
+            isWaiting = ::send(socket, "\0AUTH\r\n", 7, MSG_NOSIGNAL) == 7;
+    }
+
+    ~Question() { ::close(socket); }
+
+    // False when the bus is there and says nothing until `deadline`.
+    bool isAnswered(QDeadlineTimer deadline) const
+    {
+        pollfd answer{socket, POLLIN, 0};
+        return !isWaiting || ::poll(&answer, 1, int(deadline.remainingTime())) != 0;
+    }
+
+private:
+    int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    bool isWaiting = false;
+};
+
+} // namespace
+
+void MessageBus::passOverFrozen()
+{
+    const Question session(addressIn(sessionVariable, "unix:path=" + qgetenv("XDG_RUNTIME_DIR") + "/bus"));
+    const Question system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
+    const QDeadlineTimer deadline(2s);
+    const auto passOver = [&deadline](const Question &bus, const char *variable, const QString &name) {
+        if (bus.isAnswered(deadline))
+            return;
+        qputenv(variable, "disabled:");
+        Log::write(u"The message bus of the %1 does not answer; Belfry does without it."_s.arg(name));
+    };
+    passOver(session, sessionVariable, u"session"_s);
+    passOver(system, systemVariable, u"system"_s);
+}
