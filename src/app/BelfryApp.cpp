@@ -1,5 +1,6 @@
 #include "app/BelfryApp.h"
 
+#include "platform/IdleInhibitor.h"
 #include "platform/Log.h"
 #include "store/SQLiteHelper.h"
 
@@ -26,6 +27,7 @@ void BelfryApp::show()
         QString error;
         if (!sound.load(error))
             Log::write(error);
+        new IdleInhibitor(&window);
     });
 }
 

@@ -22,7 +22,7 @@ class BelfryApp final
 public:
     BelfryApp();
 
-    /// Shows the main window, and gets the sound ready soon after.
+    /// Shows the main window. Soon after, gets the sound ready and keeps the machine awake.
     void show();
 
     /// Brings the main window to the front, with the sheet over it if there is one.

@@ -1,6 +1,8 @@
 #include "platform/SingleInstance.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QProcess>
 #include <QSignalSpy>
@@ -62,9 +64,26 @@ private:
     QByteArray log;
 };
 
+// The session manager of a desktop, as far as it gives locks.
+class SessionManager final : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.gnome.SessionManager")
+
+public:
+    QStringList locks;
+
+public Q_SLOTS:
+    Q_SCRIPTABLE uint Inhibit(const QString &id, uint, const QString &why, uint what)
+    {
+        locks << id + u'|' + why + u'|' + QString::number(what);
+        return 1;
+    }
+};
+
 } // namespace
 
-// The built program among what it finds on a desktop: message buses, here in one.
+// The built program among what it finds on a desktop: message buses, here in one, and a login manager.
 class TestDesktop final : public QObject
 {
     Q_OBJECT
@@ -73,6 +92,7 @@ private:
     const QTemporaryDir folder;
     const QString socket = folder.filePath(u"bus"_s);
     QProcess bus;
+    QProcess loginManager;
 
     void startBus()
     {
@@ -86,6 +106,34 @@ private:
     {
         process.kill();
         process.waitForFinished();
+    }
+
+    void startLoginManager(const QStringList &kind)
+    {
+        end(loginManager);
+        // The Python of the system, which has the mock.
+        loginManager.start(u"/usr/bin/python3"_s, QStringList{u"-m"_s, u"dbusmock"_s, u"--system"_s} + kind);
+    }
+
+    // The locks that the login manager has given: "what|who|why|mode" of each.
+    static QStringList locks()
+    {
+        const QDBusMessage reply = QDBusConnection::systemBus().call(
+            QDBusMessage::createMethodCall(u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
+                                           u"org.freedesktop.login1.Manager"_s, u"ListInhibitors"_s));
+        if (reply.type() != QDBusMessage::ReplyMessage)
+            return {reply.errorMessage()};
+        QStringList locks;
+        const auto list = reply.arguments().first().value<QDBusArgument>();
+        for (list.beginArray(); !list.atEnd();) {
+            std::array<QString, 4> texts;
+            list.beginStructure();
+            list >> texts[0] >> texts[1] >> texts[2] >> texts[3];
+            list.endStructure();
+            locks << QStringList(texts.begin(), texts.end()).join(u'|');
+        }
+        list.endArray();
+        return locks;
     }
 
 private Q_SLOTS:
@@ -124,6 +172,42 @@ private Q_SLOTS:
         QVERIFY(QDBusConnection::sessionBus().unregisterService(QStringLiteral(BELFRY_ID)));
     }
 
+    void idleLock_isHeldWhileTheProgramRuns()
+    {
+        const QStringList held{u"idle|Belfry|Belfry keeps the timetable|block"_s};
+        const QStringList logind{u"--template"_s, u"logind"_s};
+        SessionManager sessionManager;
+        auto session = QDBusConnection::sessionBus();
+        QVERIFY(session.registerObject(u"/org/gnome/SessionManager"_s, &sessionManager,
+                                       QDBusConnection::ExportScriptableSlots));
+        QVERIFY(session.registerService(u"org.gnome.SessionManager"_s));
+        startLoginManager(logind);
+        QTRY_COMPARE_WITH_TIMEOUT(locks(), QStringList(), patience);
+        Program program;
+        QTRY_COMPARE_WITH_TIMEOUT(locks(), held, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(sessionManager.locks,
+                                  QStringList(u"com.quillmoss.Belfry|Belfry keeps the timetable|4"_s),
+                                  patience);
+        startLoginManager(logind); // as its package does when it is renewed
+        QTRY_COMPARE_WITH_TIMEOUT(locks(), held, patience);
+        QVERIFY(program.endsBy(SIGTERM));
+        QTRY_COMPARE_WITH_TIMEOUT(locks(), QStringList(), patience);
+        QCOMPARE(program.logged(), QString());
+    }
+
+    void idleLock_thatIsNotGivenIsLoggedOnce()
+    {
+        end(loginManager);
+        Program program;
+        QTRY_VERIFY_WITH_TIMEOUT(program.logged().contains(u"may fall asleep"_s), patience);
+        startLoginManager({u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
+                           u"org.freedesktop.login1.Manager"_s}); // one that knows of no locks
+        QTRY_VERIFY_WITH_TIMEOUT(locks().first().contains(u"ListInhibitors"_s), patience);
+        QVERIFY(!program.waitForFinished(500));
+        QCOMPARE(program.logged().count(u"may fall asleep"_s), 1);
+        QVERIFY(program.endsBy(SIGINT));
+    }
+
     void busThatFails_isDoneWithout()
     {
         Program program;
@@ -140,7 +224,11 @@ private Q_SLOTS:
         QVERIFY(other.logged().contains(u"session does not answer"_s));
     }
 
-    void cleanupTestCase() { end(bus); }
+    void cleanupTestCase()
+    {
+        end(loginManager);
+        end(bus);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestDesktop)
