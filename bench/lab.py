@@ -39,9 +39,24 @@ def make_home(folder, build, plans=()):
                    "XDG_DOCUMENTS_DIR": str(documents), "XDG_RUNTIME_DIR": str(folder),
                    "QT_PLUGIN_PATH": str(build / "bench-plugins"),
                    "DBUS_SESSION_BUS_ADDRESS": "disabled:"}     # where a Belfry may be running, and one is all there is
-    if not {"DISPLAY", "WAYLAND_DISPLAY"} & environment.keys():
-        environment["QT_QPA_PLATFORM"] = "offscreen"
     return environment
+
+
+@contextlib.contextmanager
+def display():
+    """Has every program started inside show its windows on an X display of our own."""
+    read, write = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+                              pass_fds=[write], stderr=subprocess.DEVNULL)
+    os.close(write)
+    with os.fdopen(read) as number:
+        os.environ["DISPLAY"] = ":" + number.readline().strip()
+    os.environ["QT_QPA_PLATFORM"] = "xcb"
+    try:
+        yield
+    finally:
+        server.terminate()
+        server.wait()
 
 
 def tone(path, seconds=2.0, hertz=440):
@@ -111,9 +126,9 @@ class Ear:
             loud_until = heard
 
 
-def lateness(onsets, period=60):
-    """How many ms after its minute (or other period in seconds) each onset was; up to half a period early is negative."""
-    return [((onset + period / 2) % period - period / 2) * 1000 for onset in onsets]
+def lateness(onsets, second=0):
+    """How many ms after that second of its minute each onset was; up to half a minute early is negative."""
+    return [((onset - second + 30) % 60 - 30) * 1000 for onset in onsets]
 
 
 def in_words(values, unit="ms"):
