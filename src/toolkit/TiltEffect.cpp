@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-TiltEffect::TiltEffect(const QWidget &page, int margin) : page(page), margin(margin) {}
+TiltEffect::TiltEffect(QWidget &page, int margin) : page(page), margin(margin) {}
 
 QTransform TiltEffect::transform(const QRectF &rect, double degrees)
 {
@@ -27,14 +27,15 @@ void TiltEffect::setDegrees(double newDegrees)
 
 void TiltEffect::draw(QPainter *painter)
 {
-    QPoint offset;
-    const QPixmap picture = sourcePixmap(Qt::LogicalCoordinates, &offset, QGraphicsEffect::NoPad);
     const QRect filled = page.childrenRect().adjusted(-margin, -margin, margin, margin) & page.rect();
-    const qreal ratio = picture.devicePixelRatio();
+    const qreal ratio = painter->device()->devicePixelRatio();
+    QPixmap picture(filled.size() * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    page.render(&picture, QPoint(), filled, QWidget::DrawChildren);
     painter->save();
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
-    painter->setTransform(transform(sourceBoundingRect(), degrees), true);
-    const QRectF source(QPointF(filled.topLeft() - offset) * ratio, QSizeF(filled.size()) * ratio);
-    painter->drawPixmap(QRectF(filled), picture, source);
+    painter->setTransform(transform(page.rect(), degrees), true);
+    painter->drawPixmap(filled.topLeft(), picture);
     painter->restore();
 }

@@ -15,7 +15,7 @@ public:
 
     /// For `page`, whose children reach beyond themselves by `margin` at most, with their shadows. The rest
     /// of it is of one colour and is left out, as turning a pixel is expensive.
-    TiltEffect(const QWidget &page, int margin);
+    TiltEffect(QWidget &page, int margin);
 
     /// The turn of a rectangle by `degrees`: positive ones bring its lower edge nearer.
     static QTransform transform(const QRectF &rect, double degrees);
@@ -26,7 +26,7 @@ protected:
     void draw(QPainter *painter) override;
 
 private:
-    const QWidget &page;
+    QWidget &page;
     int margin;
     double degrees = startDegrees;
 };
