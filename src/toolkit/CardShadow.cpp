@@ -64,14 +64,18 @@ void CardShadow::render(qreal pixelRatio)
     const int side = qRound(2 * (half + reach) * pixelRatio);
     const double sigma = radius / 2.0;
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < side; ++y) {
-        for (int x = 0; x < side; ++x) {
+    // A quarter is reckoned, the others are its mirror images.
+    for (int y = 0; y < (side + 1) / 2; ++y) {
+        for (int x = 0; x < (side + 1) / 2; ++x) {
             const double distance = distanceToEdge((x + 0.5 - side / 2.0) / pixelRatio,
                                                    (y + 0.5 - side / 2.0) / pixelRatio, half);
             const double cover = 0.5 * std::erfc(distance / (sigma * std::numbers::sqrt2));
             QColor color = blue;
             color.setAlphaF(float(opacity * cover));
-            image.setPixel(x, y, qPremultiply(color.rgba()));
+            for (const int row : {y, side - 1 - y}) {
+                for (const int column : {x, side - 1 - x})
+                    image.setPixel(column, row, qPremultiply(color.rgba()));
+            }
         }
     }
     tile = QPixmap::fromImage(image);
