@@ -7,6 +7,8 @@ fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
 build_packages="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-base-dev qt6-svg-dev qt6-l10n-tools
     libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
+test_packages="appstream clang-format-14 dbus-daemon desktop-file-utils dpkg-dev ffmpeg file libfaketime lintian
+    pulseaudio pulseaudio-utils python3 python3-dbusmock qt6-translations-l10n tzdata"
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
