@@ -223,8 +223,7 @@ private Q_SLOTS:
             QVERIFY(round % 2 == 0 ? QTest::qWaitFor([&] { return belfry.answers().size() >= last; }, 30000)
                                    : belfry.waitUntil(bell));
             QThread::usleep(random.bounded(30'000));
-            belfry.process.kill();
-            QVERIFY(belfry.process.waitForFinished());
+            QVERIFY(belfry.kill());
             const Wreck wreck(belfry.database);
             QVERIFY2(isWhole(wreck, belfry, edits, bell),
                      qPrintable(u"seed %1, round %2"_s.arg(seed).arg(round)));
@@ -241,8 +240,7 @@ private Q_SLOTS:
             QVERIFY(belfry.start());
             QVERIFY(QTest::qWaitFor([&] { return QFile::exists(belfry.documents); }, 30000));
             QThread::usleep(QRandomGenerator::global()->bounded(2000));
-            belfry.process.kill();
-            QVERIFY(belfry.process.waitForFinished());
+            QVERIFY(belfry.kill());
             if (QFile::exists(belfry.database))
                 QCOMPARE(rowsIn(belfry.database, u"select title from plan"_s),
                          QStringList{u"Sample chime"_s});

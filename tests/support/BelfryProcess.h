@@ -28,11 +28,7 @@ public:
         QObject::connect(&process, &QProcess::readyReadStandardOutput, &process, [this] { listen(); });
     }
 
-    ~BelfryProcess()
-    {
-        process.kill();
-        process.waitForFinished();
-    }
+    ~BelfryProcess() { kill(); }
 
     /// A time of day, "HH:mm:ss", on a Monday.
     static QDateTime monday(const char *time)
@@ -88,6 +84,18 @@ public:
         seconds.clear();
         process.start(program, command);
         return process.waitForStarted();
+    }
+
+    /// Ends the program as a crash would. False when it does not end.
+    bool kill()
+    {
+        const qint64 id = process.processId();
+        process.kill();
+        const bool isOver = process.waitForFinished();
+        // libfaketime had no time to tidy up.
+        for (const auto &file : {QStringLiteral("faketime_shm_%1"), QStringLiteral("sem.faketime_sem_%1")})
+            QFile::remove(QStringLiteral("/dev/shm/") + file.arg(id));
+        return isOver;
     }
 
     /// Waits until the clock has come to `moment`; false when it has not after half a minute.
