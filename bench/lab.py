@@ -12,8 +12,8 @@ def quantile(values, share):
 
 
 def build_folder(argument=None):
-    """The folder of a release build with -DBELFRY_BENCH=ON: the argument's, or build/release of this project."""
-    build = pathlib.Path(argument or pathlib.Path(__file__).parent.parent / "build/release").resolve()
+    """The folder of a release build with -DBELFRY_BENCH=ON: the argument's, or build/bench of this project."""
+    build = pathlib.Path(argument or pathlib.Path(__file__).parent.parent / "build/bench").resolve()
     if not (build / "bench-plugins").is_dir():
         raise SystemExit(f"{build}: no build with -DBELFRY_BENCH=ON")
     return build
@@ -84,6 +84,8 @@ class SoundServer:
                                         "--high-priority=no", "--realtime=no", "--log-level=error",
                                         *[part for module in modules for part in ("-L", module)]], env=self.environment)
         while not os.path.exists(socket):
+            if self.daemon.poll() is not None:
+                raise SystemExit("The sound server did not start.")
             time.sleep(0.05)
         os.chmod(self.folder.name, 0o755)       # so that a ringer may run as another user
         self.ears = {sink: Ear(self, sink) for sink in sinks}
