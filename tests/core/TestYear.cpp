@@ -14,6 +14,11 @@
 
 using namespace Qt::StringLiterals;
 
+#ifdef __SANITIZE_ADDRESS__
+// The sanitizer's interface; not every compiler brings its header along.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
 namespace {
 
 constexpr qint64 day = 24 * 3600;
@@ -167,8 +172,12 @@ private:
 
 size_t memoryInUse()
 {
+#ifdef __SANITIZE_ADDRESS__
+    return __sanitizer_get_current_allocated_bytes();
+#else
     const auto info = mallinfo2();
     return info.uordblks + info.hblkhd;
+#endif
 }
 
 } // namespace
