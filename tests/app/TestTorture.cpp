@@ -331,6 +331,8 @@ private Q_SLOTS:
         QFETCH(const QString, after);
         QFETCH(const QString, mend);
         QFETCH(const QString, log);
+        if (wrapper.startsWith(u"unshare"_s) && !shell(wrapper + u" mount -t tmpfs none ."_s, folder.path()))
+            QSKIP("A small disk cannot be mounted here.");
         BelfryProcess belfry(server.address());
         prepare(belfry);
         belfry.process.setWorkingDirectory(belfry.documents);
@@ -338,8 +340,7 @@ private Q_SLOTS:
                              QStringList{u"sh"_s, u"-c"_s, before + u" && exec \"$@\""_s, u"sh"_s}));
         const QStringList values{u"click|Edit"_s, u"click|Add Plan"_s, u"type|Title:|Kept"_s,
                                  u"type|Music:|"_s + sound};
-        if (!belfry.work(values) && wrapper.startsWith(u"unshare"_s))
-            QSKIP("A small disk cannot be mounted here.");
+        QVERIFY(belfry.work(values));
         // As the program sees it.
         const QString documents = u"/proc/%1/root"_s.arg(belfry.process.processId()) + belfry.documents;
         QVERIFY(shell(after, documents));
@@ -381,9 +382,11 @@ private Q_SLOTS:
         }
         QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
         QVERIFY(clockGoesOn(belfry));
-        for (qsizetype i = 1; i < belfry.ticks().size(); ++i)
-            QCOMPARE(QTime::fromString(belfry.ticks()[i - 1]).addSecs(1),
-                     QTime::fromString(belfry.ticks()[i]));
+        // A busy machine may hold any program up for a second; the deaths have to cost no more than that.
+        QStringList ticks = belfry.ticks();
+        QCOMPARE(ticks.removeDuplicates(), 0);
+        const int passed = QTime::fromString(ticks.first()).secsTo(QTime::fromString(ticks.last())) + 1;
+        QVERIFY2(passed - ticks.size() <= 2, qPrintable(ticks.join(u' ')));
     }
 
     // Each step sets the clock, to a moment in UTC, and names the begins that the log holds three seconds
@@ -436,7 +439,7 @@ private Q_SLOTS:
             if (isAsleep)
                 ::kill(program, SIGCONT);
             QVERIFY(belfry.waitUntil(moment.addSecs(3)));
-            QCOMPARE(
+            QTRY_COMPARE(
                 rowsIn(belfry.database, u"select substr(begin, 12) from history order by rowid"_s).join(u' '),
                 step.section(u' ', 1));
             QTRY_COMPARE(belfry.ticks().last(), belfry.clock.now().toTimeZone(zone).toString(u"HH:mm:ss"_s));
