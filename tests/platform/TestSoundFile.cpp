@@ -214,8 +214,11 @@ private Q_SLOTS:
         const unsigned rounds = qEnvironmentVariableIsSet("BELFRY_LONG") ? 200 : 12;
         for (unsigned seed = 1; seed <= rounds; ++seed) {
             QVERIFY(write(path(u"damaged"_s), damaged(whole, seed)));
+            // The processor's time says nothing of a call that only waits.
+            QElapsedTimer all;
+            all.start();
             const double held = longestHold(path(u"damaged"_s), server);
-            QVERIFY2(held < 1, qPrintable(u"seed %1: %2 s"_s.arg(seed).arg(held)));
+            QVERIFY2(held < 1 && all.elapsed() < 10'000, qPrintable(u"seed %1: %2 s"_s.arg(seed).arg(held)));
         }
     }
 
