@@ -7,6 +7,9 @@ using namespace Qt::StringLiterals;
 // How much too early the recorder may date a sound, in ms: the sink mixes so much in advance.
 constexpr qint64 recorderError = 50;
 
+// How late a sound may be, in ms. The second is what counts; within it a busy machine may be late.
+constexpr qint64 second = 1000;
+
 // The installed program, from outside, in a world as it should be.
 class TestEndToEnd final : public QObject
 {
@@ -81,13 +84,14 @@ private Q_SLOTS:
         QCOMPARE(begin.sounds().size(), size_t(1));
         const SoundRecording::Sound ring = begin.sounds().front();
         const qint64 late = monday("08:00:00").msecsTo(began.addMSecs(qint64(ring.start * 1000)));
-        QVERIFY2(late > -recorderError && late < 250, qPrintable(u"rang %1 ms after the second"_s.arg(late)));
+        QVERIFY2(late > -recorderError && late < second,
+                 qPrintable(u"rang %1 ms after the second"_s.arg(late)));
         QVERIFY(qAbs(begin.pitch(ring.start + 0.1, ring.end - 0.1) - 660) < 1);
 
         QCOMPARE(finish.sounds().size(), size_t(1));
         const qint64 over =
             monday("08:01:00").msecsTo(ended.addMSecs(qint64(finish.sounds().front().end * 1000)));
-        QVERIFY2(over > -recorderError && over < 250,
+        QVERIFY2(over > -recorderError && over < second,
                  qPrintable(u"stopped %1 ms after the second"_s.arg(over)));
 
         QCOMPARE(rowsIn(belfry.database, u"select title, begin, end from history"_s),
