@@ -7,8 +7,10 @@ fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
 build_packages="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-base-dev qt6-svg-dev qt6-l10n-tools
     libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
-test_packages="appstream clang-format-14 dbus-daemon desktop-file-utils dpkg-dev ffmpeg file libfaketime lintian
-    pulseaudio pulseaudio-utils python3 python3-dbusmock qt6-translations-l10n tzdata"
+# The fonts have the letters of every translation.
+test_packages="appstream clang-format-14 dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
+    fonts-wqy-microhei libfaketime lintian pulseaudio pulseaudio-utils python3 python3-dbusmock qt6-translations-l10n
+    tzdata"
 bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pulseaudio pulseaudio-utils python3
     xvfb"
 
