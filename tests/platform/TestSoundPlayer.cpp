@@ -150,25 +150,6 @@ private Q_SLOTS:
         QVERIFY(sound->currentTime() < 8);
     }
 
-    void position_isSetAndKept()
-    {
-        const auto sound = player("stairs.wav");
-        sound->setCurrentTime(99);
-        QCOMPARE(sound->currentTime(), 10.0);
-        sound->setCurrentTime(4);
-        QVERIFY(sound->play());
-        QTRY_VERIFY(isHeardInStep(*sound));
-        sound->setCurrentTime(7);
-        QTRY_VERIFY(isHeardInStep(*sound));
-        sound->stop();
-        const double stopped = sound->currentTime();
-        QVERIFY(stopped > 7 && stopped < 10);
-        QTRY_VERIFY(!placeHeard());
-        QCOMPARE(sound->currentTime(), stopped);
-        QVERIFY(sound->play());
-        QTRY_VERIFY(isHeardInStep(*sound));
-    }
-
     void manyQuickStarts_leaveNothingBehind()
     {
         auto sound = player("long.wav");

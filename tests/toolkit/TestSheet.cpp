@@ -2,7 +2,6 @@
 #include "support/LogCapture.h"
 #include "toolkit/Alert.h"
 #include "toolkit/SegmentedChoice.h"
-#include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
 #include <QAbstractButton>
@@ -92,23 +91,6 @@ private Q_SLOTS:
         for (const int size : {16, 24})
             QVERIFY(!Symbol::icon(u"nothing"_s, Qt::red).pixmap(QSize(size, size)).isNull());
         QCOMPARE(log.lines().size(), 1);
-    }
-
-    void accents_standOutInBothSchemes()
-    {
-        const auto luminance = [](const QColor &color) {
-            const auto linear = [](float c) {
-                return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
-            };
-            return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-                   0.0722 * linear(color.blueF()) + 0.05;
-        };
-        for (const QColor back : {QColor(239, 239, 239), QColor(53, 53, 53)}) {
-            for (const auto accent : {Style::Accent::red, Style::Accent::green, Style::Accent::blue}) {
-                const double ratio = luminance(Style::accent(accent, QPalette(back))) / luminance(back);
-                QVERIFY2(std::max(ratio, 1 / ratio) >= 4.5, qPrintable(QString::number(ratio)));
-            }
-        }
     }
 };
 

@@ -197,22 +197,6 @@ private Q_SLOTS:
         }
     }
 
-    void tab_visitsTheControlsInOrder()
-    {
-        Desk desk;
-        desk.edit(evening());
-        QStringList visited;
-        while (visited.size() < 20 && visited.value(visited.size() - 1) != u"Close"_s) {
-            QWidget *focus = QApplication::focusWidget();
-            const QString name = QAccessible::queryAccessibleInterface(focus)->text(QAccessible::Name);
-            if (!visited.endsWith(name)) // a time is two stops
-                visited << name;
-            QTest::keyClick(focus, Qt::Key_Tab);
-        }
-        QCOMPARE(visited.join(u' '),
-                 u"Title: Begin: End: Sun Mon Tue Wed Thu Fri Sat Yes Folder: Choose File Modify Close"_s);
-    }
-
     void time_isTyped()
     {
         const auto typed = [](const QString &stored, const QString &keys) {

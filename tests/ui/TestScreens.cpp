@@ -3,7 +3,6 @@
 #include "toolkit/LinearProgress.h"
 #include "toolkit/Style.h"
 #include "ui/HolidayEdit.h"
-#include "ui/PlanEdit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -121,28 +120,6 @@ private Q_SLOTS:
             QCOMPARE(desk.avPlayer.currentTime.value(), u"00:12"_s);
             QCOMPARE(desk.log(), QStringList(u"A 08:00:00 - 08:00:1%1"_s.arg(byHand ? 2 : 3)));
         }
-    }
-
-    void edit_keepsTheMarksAndMovesTheCard()
-    {
-        MainWindow desk;
-        const Plan plan = desk.addPlan(u"A"_s);
-        desk.addPlan(u"B"_s, u"12:00"_s);
-        desk.planStore.toggleChecked(plan);
-        desk.openInEditMode();
-        desk.tick("08:00:00");
-        QVERIFY(click(desk.card(u"A"_s), u"Edit"_s));
-        const auto editor = desk.dialog<PlanEdit>();
-        QVERIFY(type(editor, u"Title:"_s, u"Later"_s));
-        QVERIFY(typeDigits(editor, u"Begin:"_s, u"1300"_s));
-        QVERIFY(click(editor, u"Modify"_s));
-        QTRY_VERIFY(desk.card(u"Later"_s));
-        Card *card = desk.card(u"Later"_s);
-        QCOMPARE(background(card), Style::green);
-        QVERIFY(control<QAbstractButton>(card, u"Select"_s)->isChecked());
-        QVERIFY(card->x() > desk.card(u"B"_s)->x());
-        QCOMPARE(desk.base.rows(u"select title, begin, id from plan order by begin desc"_s).first(),
-                 u"Later|13:00|"_s + plan.id);
     }
 
     void holidayAndLog_showTheirControlsInEditModeOnly_data()
