@@ -27,12 +27,15 @@ constexpr QSize leastSize{960, 488};
 // Wide enough for three columns of cards.
 constexpr QSize firstSize{960, 640};
 
-// In the middle of what the panels of the desktop leave free; the title bar comes on top.
+// In the middle of what the panels of the desktop leave free; the title bar comes on top. What is too large
+// for that begins at its top left, where the toolbar is.
 QRect firstGeometry(const QScreen &screen, int titleBarHeight)
 {
     const QRect free = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
     const QSize size = firstSize.boundedTo(free.size()).expandedTo(leastSize);
-    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, free);
+    QRect geometry = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, free);
+    geometry.moveTo(qMax(geometry.x(), free.x()), qMax(geometry.y(), free.y()));
+    return geometry;
 }
 
 bool isCurrent(const AppStore &appStore, NavigationItem screen)
