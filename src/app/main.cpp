@@ -48,11 +48,11 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
-    MessageBus::passOverFrozen();
+    const bool hasBus = MessageBus::passOverFrozen();
     QApplication application(argc, argv);
     const ExitSignals exitSignals;
     SingleInstance instance; // before the timetable is touched
-    if (!instance.claim())
+    if (!instance.claim(hasBus))
         return EXIT_SUCCESS;
     QApplication::setWindowIcon(windowIcon());
 

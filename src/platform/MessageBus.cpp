@@ -79,9 +79,13 @@ private:
 
 } // namespace
 
-void MessageBus::passOverFrozen()
+bool MessageBus::passOverFrozen()
 {
-    const Question session(addressIn(sessionVariable, "unix:path=" + qgetenv("XDG_RUNTIME_DIR") + "/bus"));
+    const QByteArray usualSocket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
+    const bool hasSession = qEnvironmentVariableIsEmpty(sessionVariable)
+                                ? ::access(usualSocket.constData(), F_OK) == 0
+                                : !qgetenv(sessionVariable).startsWith("disabled:");
+    const Question session(addressIn(sessionVariable, "unix:path=" + usualSocket));
     const Question system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
     const QDeadlineTimer deadline(2s);
     const auto passOver = [&deadline](const Question &bus, const char *variable, const QString &name) {
@@ -92,4 +96,5 @@ void MessageBus::passOverFrozen()
     };
     passOver(session, sessionVariable, u"session"_s);
     passOver(system, systemVariable, u"system"_s);
+    return hasSession;
 }

@@ -4,6 +4,11 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+
+#include <cerrno>
+#include <sys/file.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -40,7 +45,13 @@ bool activateOther(const QDBusConnection &bus, const QString &path)
 
 } // namespace
 
-bool SingleInstance::claim()
+bool SingleInstance::claim(bool hasBus)
+{
+    return claimName() && (!hasBus || claimLock());
+}
+
+// Whether no other program has the name; if one has, it is told to come to the front.
+bool SingleInstance::claimName()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     // First, so that whoever sees the name finds the object.
@@ -49,12 +60,32 @@ bool SingleInstance::claim()
     for (int attempt = 0; attempt < 3; ++attempt) {
         if (takeName(bus))
             return true;
-        if (activateOther(bus, path))
+        if (activateOther(bus, path)) {
+            Log::write(u"Belfry is running already: its window comes to the front."_s);
             return false;
+        }
         // It may just have ended.
     }
     Log::write(u"Belfry is running already, but does not answer."_s);
     return false;
+}
+
+// Whether no other program has the lock. One that is just ending is waited for.
+bool SingleInstance::claimLock()
+{
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    lock.setFileName(folder + u"/" BELFRY_ID ".lock"_s);
+    if (folder.isEmpty() || !lock.open(QIODevice::WriteOnly))
+        return true;
+    const QDeadlineTimer deadline(patience);
+    while (::flock(lock.handle(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        if (deadline.hasExpired()) {
+            Log::write(u"Belfry is running already, but cannot be reached."_s);
+            return false;
+        }
+        ::usleep(20000);
+    }
+    return true;
 }
 
 void SingleInstance::Activate(const QVariantMap &platformData)

@@ -20,15 +20,20 @@ namespace {
 // In milliseconds: less than the D-Bus library has with a bus that does not answer.
 constexpr int patience = 20000;
 
-// The built program, in a home of its own, on the buses that the environment names.
+// The built program, in a home of its own, on the buses that the environment names, with the hand on it (see
+// Hand.cpp). Its runtime folder is its home if it is not told another one.
 class Program final : public QProcess
 {
 public:
-    Program()
+    explicit Program(const QString &runtimeFolder = QString())
     {
         auto environment = QProcessEnvironment::systemEnvironment();
         for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "XDG_DOCUMENTS_DIR"})
             environment.insert(QString::fromLatin1(name), home.path());
+        if (!runtimeFolder.isEmpty())
+            environment.insert(u"XDG_RUNTIME_DIR"_s, runtimeFolder);
+        environment.insert(u"QT_QPA_GENERIC_PLUGINS"_s, u"hand"_s);
+        environment.insert(u"QT_PLUGIN_PATH"_s, QStringLiteral(BELFRY_TEST_PLUGINS));
         environment.insert(u"XDG_ACTIVATION_TOKEN"_s, u"right to the focus"_s);
         setProcessEnvironment(environment);
         start(QStringLiteral(BELFRY_INSTALLED "/bin/belfry"), QStringList());
@@ -43,6 +48,15 @@ public:
     bool hasEnded() const { return state() == NotRunning; }
 
     QStringList timetable() const { return QDir(home.path()).entryList({u"data.db*"_s}); }
+
+    // Has the hand obey `line`; false when it cannot.
+    bool work(const QByteArray &line)
+    {
+        QByteArray answers;
+        write(line + '\n');
+        return QTest::qWaitFor([&] { return (answers += readAllStandardOutput()).contains("> " + line); },
+                               patience);
+    }
 
     // What it has logged so far.
     QString logged()
@@ -98,8 +112,9 @@ private:
     {
         end(bus);
         QFile::remove(socket);
-        bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address=unix:path="_s + socket});
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(socket), patience);
+        bus.start(u"dbus-daemon"_s,
+                  {u"--session"_s, u"--nofork"_s, u"--print-address"_s, u"--address=unix:path="_s + socket});
+        QVERIFY(bus.waitForReadyRead(patience)); // it listens before it prints
     }
 
     static void end(QProcess &process)
@@ -162,14 +177,43 @@ private Q_SLOTS:
     void secondStart_bringsTheFirstToTheFront()
     {
         SingleInstance first;
-        QVERIFY(first.claim());
+        QVERIFY(first.claim(true));
         const QSignalSpy activated(&first, &SingleInstance::activated);
-        const Program second;
+        Program second;
         QTRY_VERIFY_WITH_TIMEOUT(second.hasEnded(), patience);
         QCOMPARE(second.exitCode(), 0);
+        QVERIFY(second.logged().contains(u"comes to the front"_s));
         QCOMPARE(activated.size(), 1);
         QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), "right to the focus");
         QVERIFY(QDBusConnection::sessionBus().unregisterService(QStringLiteral(BELFRY_ID)));
+    }
+
+    void minimisedWindow_isThereAgainAfterASecondStart()
+    {
+        Program first;
+        QVERIFY(first.work("minimise"));
+        const Program second;
+        QVERIFY(first.work("restored"));
+        QVERIFY(first.endsBy(SIGTERM));
+    }
+
+    void secondStart_findsTheFirstThatTheBusDoesNotKnow()
+    {
+        const QTemporaryDir runtimeFolder;
+        Program killed(runtimeFolder.path());
+        QTRY_VERIFY_WITH_TIMEOUT(!killed.timetable().isEmpty(), patience);
+        killed.kill(); // and leaves no lock behind
+        QVERIFY(killed.waitForFinished());
+
+        ::kill(pid_t(bus.processId()), SIGSTOP);
+        Program first(runtimeFolder.path());
+        QTRY_VERIFY_WITH_TIMEOUT(!first.timetable().isEmpty(), patience);
+        ::kill(pid_t(bus.processId()), SIGCONT);
+        Program second(runtimeFolder.path());
+        QTRY_VERIFY_WITH_TIMEOUT(second.hasEnded(), patience);
+        QVERIFY(second.exitCode() == 0 && second.timetable().isEmpty());
+        QVERIFY(second.logged().contains(u"running already"_s));
+        QVERIFY(first.endsBy(SIGTERM));
     }
 
     void idleLock_isHeldWhileTheProgramRuns()
