@@ -52,15 +52,20 @@ void IdleInhibitor::take(const QDBusPendingCall &answer)
         Log::write(u"The machine may fall asleep when nobody uses it: "_s + reply.error().message());
 }
 
-// It holds the lock for as long as the program is on the bus.
+// Each holds the lock for as long as the program is on the bus.
 void IdleInhibitor::askDesktop()
 {
+    const auto ask = [](const QString &service, const QString &path, const QString &interface,
+                        const QVariantList &arguments) {
+        auto inhibit = QDBusMessage::createMethodCall(service, path, interface, u"Inhibit"_s);
+        inhibit.setArguments(arguments);
+        inhibit.setAutoStartService(false);
+        QDBusConnection::sessionBus().asyncCall(inhibit);
+    };
     constexpr uint noWindow = 0;
     constexpr uint sleep = 4;
-    auto inhibit =
-        QDBusMessage::createMethodCall(u"org.gnome.SessionManager"_s, u"/org/gnome/SessionManager"_s,
-                                       u"org.gnome.SessionManager"_s, u"Inhibit"_s);
-    inhibit << QStringLiteral(BELFRY_ID) << noWindow << QString(why) << sleep;
-    inhibit.setAutoStartService(false);
-    QDBusConnection::sessionBus().asyncCall(inhibit);
+    ask(u"org.gnome.SessionManager"_s, u"/org/gnome/SessionManager"_s, u"org.gnome.SessionManager"_s,
+        {QStringLiteral(BELFRY_ID), noWindow, QString(why), sleep});
+    ask(u"org.freedesktop.PowerManagement"_s, u"/org/freedesktop/PowerManagement/Inhibit"_s,
+        u"org.freedesktop.PowerManagement.Inhibit"_s, {u"Belfry"_s, QString(why)});
 }

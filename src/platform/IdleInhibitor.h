@@ -9,7 +9,8 @@ class QDBusPendingCall;
 /// send it to sleep by hand stays possible.
 ///
 /// It asks the system's login manager, whose lock lasts as long as a descriptor is open, and the session
-/// manager of those desktops, GNOME among them, that do not look at that lock. Nothing waits for the answers.
+/// manager (GNOME) or power manager (Xfce) of those desktops that do not look at that lock. Nothing waits for
+/// the answers.
 /// When the login manager refuses or is not there, the log says so once.
 class IdleInhibitor final : public QObject
 {

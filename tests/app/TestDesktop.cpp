@@ -95,6 +95,23 @@ public Q_SLOTS:
     }
 };
 
+// The power manager of other desktops.
+class PowerManager final : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.PowerManagement.Inhibit")
+
+public:
+    QStringList locks;
+
+public Q_SLOTS:
+    Q_SCRIPTABLE uint Inhibit(const QString &program, const QString &why)
+    {
+        locks << program + u'|' + why;
+        return 1;
+    }
+};
+
 } // namespace
 
 // The built program among what it finds on a desktop: message buses, here in one, and a login manager.
@@ -221,16 +238,22 @@ private Q_SLOTS:
         const QStringList held{u"idle|Belfry|Belfry keeps the timetable|block"_s};
         const QStringList logind{u"--template"_s, u"logind"_s};
         SessionManager sessionManager;
+        PowerManager powerManager;
         auto session = QDBusConnection::sessionBus();
         QVERIFY(session.registerObject(u"/org/gnome/SessionManager"_s, &sessionManager,
                                        QDBusConnection::ExportScriptableSlots));
         QVERIFY(session.registerService(u"org.gnome.SessionManager"_s));
+        QVERIFY(session.registerObject(u"/org/freedesktop/PowerManagement/Inhibit"_s, &powerManager,
+                                       QDBusConnection::ExportScriptableSlots));
+        QVERIFY(session.registerService(u"org.freedesktop.PowerManagement"_s));
         startLoginManager(logind);
         QTRY_COMPARE_WITH_TIMEOUT(locks(), QStringList(), patience);
         Program program;
         QTRY_COMPARE_WITH_TIMEOUT(locks(), held, patience);
         QTRY_COMPARE_WITH_TIMEOUT(sessionManager.locks,
                                   QStringList(u"com.quillmoss.Belfry|Belfry keeps the timetable|4"_s),
+                                  patience);
+        QTRY_COMPARE_WITH_TIMEOUT(powerManager.locks, QStringList(u"Belfry|Belfry keeps the timetable"_s),
                                   patience);
         startLoginManager(logind); // as its package does when it is renewed
         QTRY_COMPARE_WITH_TIMEOUT(locks(), held, patience);
