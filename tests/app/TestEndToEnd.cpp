@@ -100,6 +100,18 @@ private Q_SLOTS:
         const QByteArray logged = belfry.process.readAllStandardError();
         QVERIFY2(logged.count('\n') == 1 && logged.contains("may fall asleep"), logged.constData());
     }
+
+    void endWhileASheetIsOpenAndABellPlays_leavesTheLogEntryOpen()
+    {
+        belfry.clock.set(monday("07:59:57"));
+        QVERIFY(belfry.start());
+        QVERIFY(belfry.waitUntil(monday("08:00:01")));
+        QVERIFY(belfry.work({u"click|Edit"_s, u"click|Edit|Tom's bell"_s, u"read|Title:"_s}));
+        end();
+        QCOMPARE(rowsIn(belfry.database, u"select end from history order by rowid desc limit 1"_s),
+                 QStringList{u"NULL"_s});
+        QCOMPARE(QDir(belfry.documents).entryList({u"data.db*"_s}), QStringList{u"data.db"_s});
+    }
 };
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
