@@ -85,7 +85,7 @@ private Q_SLOTS:
         const auto sound = player("bell");
         QVERIFY(std::abs(sound->duration() * (loops + 1) - length) < 0.05);
         sound->setNumberOfLoops(loops);
-        const double start = server.seconds();
+        const double start = listen();
         QVERIFY(sound->play());
         QVERIFY(sound->isPlaying());
         QVERIFY(QFile::remove(path("bell")));
@@ -96,7 +96,7 @@ private Q_SLOTS:
         const SoundRecording recording = server.heard(start);
         const auto heard = onlySound(recording);
         QVERIFY2(std::abs(heard.length() - length) < 0.005, qPrintable(QString::number(heard.length())));
-        QVERIFY2(heard.start < 0.25, qPrintable(QString::number(heard.start)));
+        QVERIFY2(heard.start < 0.5, qPrintable(QString::number(heard.start)));
         if (loops > 0)
             QVERIFY(recording.unevenness(heard.start + 0.01, heard.end - 0.01, 48) < 300);
     }
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void heldMainThread_isNotHeard()
     {
         const auto sound = player("three.wav");
-        const double start = server.seconds();
+        const double start = listen();
         QVERIFY(sound->play());
         QTRY_VERIFY(sound->currentTime() > 0.2);
         QThread::msleep(2200);
@@ -222,7 +222,7 @@ private Q_SLOTS:
         double start = 0;
         for (const int time : {1, 2}) {
             QVERIFY(server.start());
-            start = server.seconds();
+            start = listen();
             QVERIFY(sound->play());
             QTRY_COMPARE(finish.count, time);
         }
@@ -239,6 +239,15 @@ private:
             qFatal("%s", qPrintable(error));
         made->setDelegate(&finish);
         return made;
+    }
+
+    // The moment from which on to listen for a sound that is yet to be played. The recorder may date it up to
+    // 50 ms too early: the sink mixes so much in advance.
+    double listen() const
+    {
+        const double now = server.seconds();
+        QTest::qWait(50);
+        return now;
     }
 
     // All that is heard, when that is one sound; else one of an impossible length.
