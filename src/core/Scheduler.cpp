@@ -58,7 +58,7 @@ void Scheduler::tick()
         return;
     const qsizetype count = planStore.plans->size();
     for (qsizetype index = 0; index < count; ++index)
-        visitPlan(index);
+        checkPlan(index);
 }
 
 bool Scheduler::isPlaying() const
@@ -74,10 +74,13 @@ bool Scheduler::isHoliday() const
                        });
 }
 
+// The clock is read for each text: a tick at midnight may have the date of the day before.
 void Scheduler::readClock()
 {
     nowDate = TimeText::formatDate(clock.now(), TimeText::datePattern);
-    nowTime = TimeText::formatDate(clock.now(), TimeText::secondPattern);
+    const QDateTime moment = clock.now();
+    ticked = moment.toSecsSinceEpoch();
+    nowTime = TimeText::formatDate(moment, TimeText::secondPattern);
     nowWeek = QString::number(TimeText::currentWeekday(clock));
 }
 
@@ -102,7 +105,7 @@ void Scheduler::endPlayback()
     historyStore.finishHistory();
 }
 
-void Scheduler::visitPlan(qsizetype index)
+void Scheduler::checkPlan(qsizetype index)
 {
     const Plan &plan = planStore.plans->at(index);
     const bool begins = isAt(plan.begin, nowTime) && weekdayText(plan).contains(nowWeek.value());

@@ -2,6 +2,8 @@
 
 #include "platform/ObservableObject.h"
 
+#include <optional>
+
 class AVPlayer;
 class Clock;
 class HistoryStore;
@@ -10,9 +12,9 @@ class PlanStore;
 
 /// The scheduler: what happens once in every second.
 ///
-/// It keeps nothing between ticks but the three texts of the clock. A begin second that no tick sees is
-/// not caught up. Costs next to nothing in all seconds but the first of a minute, when it looks at
-/// every plan.
+/// It keeps nothing between ticks but the clock's three texts and the second of the last tick. A begin second
+/// that no tick sees is not caught up. Costs next to nothing in all seconds but the first of a minute, when
+/// it looks at every plan.
 class Scheduler final : public ObservableObject
 {
     Q_OBJECT
@@ -26,6 +28,9 @@ public:
     Published<QString> nowTime{this}; ///< "HH:mm:ss"
     Published<QString> nowWeek{this}; ///< "0" for Sunday … "6" for Saturday
 
+    /// The second since 1970 whose text is `nowTime`; nothing before the first tick.
+    std::optional<qint64> tickedSecond() const { return ticked; }
+
     /// Refreshes the clock texts and the player's readouts, notices the end of a playback and, unless
     /// today is a holiday, stops what ends and starts what begins in this very second.
     void tick();
@@ -36,7 +41,7 @@ private:
     void readClock();
     void readPlayer();
     void endPlayback();
-    void visitPlan(qsizetype index);
+    void checkPlan(qsizetype index);
     void stopPlan(qsizetype index);
     void startPlan(qsizetype index);
 
@@ -45,4 +50,5 @@ private:
     const HolidayStore &holidayStore;
     HistoryStore &historyStore;
     AVPlayer &avPlayer;
+    std::optional<qint64> ticked;
 };

@@ -1,7 +1,6 @@
 #include "core/TickTimer.h"
 
 #include "core/Scheduler.h"
-#include "core/TimeText.h"
 #include "platform/Clock.h"
 
 using namespace std::chrono_literals;
@@ -19,7 +18,7 @@ TickTimer::TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent)
 std::chrono::milliseconds TickTimer::untilNextTick() const
 {
     // A tick that a locked database held up may have ended in a later second.
-    if (!scheduler.nowTime->isEmpty() && !isTicked())
+    if (scheduler.tickedSecond() && !hasTickedThisSecond())
         return 0ms;
     return 1s - std::chrono::milliseconds(clock.now().time().msec());
 }
@@ -31,13 +30,13 @@ void TickTimer::start()
 
 void TickTimer::fire()
 {
-    if (!isTicked())
+    if (!hasTickedThisSecond())
         scheduler.tick();
     timer.start(untilNextTick());
 }
 
-bool TickTimer::isTicked() const
+// Not by the scheduler's texts: of a tick at midnight they need not be of one day.
+bool TickTimer::hasTickedThisSecond() const
 {
-    const QString now = TimeText::formatDate(clock.now(), TimeText::timestampPattern);
-    return now == scheduler.nowDate.value() + u' ' + scheduler.nowTime.value();
+    return scheduler.tickedSecond() == clock.now().toSecsSinceEpoch();
 }

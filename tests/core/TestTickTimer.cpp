@@ -21,7 +21,7 @@ public:
             const int text = changes++ % 3;
             if (text == 0)
                 seen += clock.now().toString(u"HH:mm:ss"_s);
-            else if (text == 2)
+            if (text == heldText)
                 clock.advance(std::exchange(hold, 0));
         });
     }
@@ -34,7 +34,8 @@ public:
     }
 
     QStringList seen; // The times of the ticks.
-    int hold = 0;     // For how many ms the next tick is held up.
+    int hold = 0;     // For how many ms the next tick is held up,
+    int heldText = 2; // after it has read the clock for this of its texts.
 
 private:
     Scheduler scheduler{clock, planStore, holidayStore, historyStore, avPlayer};
@@ -91,6 +92,17 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             ticks.fire();
         QCOMPARE(ticks.seen, (QStringList{u"07:59:59"_s, u"08:00:00"_s, u"08:00:01"_s}));
+    }
+
+    void aTickWithMidnightBetweenDateAndTime_isNotTickedAgain()
+    {
+        Ticks ticks(QDateTime(QDate(2026, 3, 2), QTime(23, 59, 58)));
+        ticks.hold = 1;
+        ticks.heldText = 0;
+        ticks.fire(999);
+        QCOMPARE(ticks.clock.now().time(), QTime(0, 0));
+        ticks.fire();
+        QCOMPARE(ticks.seen, (QStringList{u"23:59:59"_s, u"00:00:01"_s}));
     }
 };
 
