@@ -13,7 +13,7 @@ AVPlayer::AVPlayer(AVAudioPlayerFactory makePlayer, Resources resources, QObject
 
 void AVPlayer::play(const QString &path, bool isLoop)
 {
-    const QString file = FilePath::existing(path) ? path : resources.path(path).value_or(QString());
+    const QString file = FilePath::existing(path) ? path : resources.path(path).value_or(path);
     QString error;
     std::shared_ptr<AVAudioPlayer> next = makePlayer(file, error);
     if (!next)

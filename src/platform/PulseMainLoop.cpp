@@ -3,13 +3,14 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <pulse/mainloop-api.h>
 #include <pulse/timeval.h>
 #include <sys/time.h>
 
 // Events are children of the loop, and are freed with a delay, since libpulse frees them in their own
-// callbacks as well. What has been freed is silent at once.
+// callbacks as well. What has been freed is disabled at once.
 
 struct pa_io_event final : public QObject
 {
@@ -33,7 +34,8 @@ struct pa_io_event final : public QObject
         output.setEnabled(events & PA_IO_EVENT_OUTPUT);
     }
 
-    void silence() { enable(PA_IO_EVENT_NULL); }
+    void disable() { enable(PA_IO_EVENT_NULL); }
+    bool isWaitingToWrite() const { return output.isEnabled(); }
     void notify(pa_io_event_flags_t what);
 
     int file;
@@ -48,6 +50,7 @@ struct pa_time_event final : public QObject
 {
     pa_time_event(PulseMainLoop *loop, pa_time_event_cb_t callback, void *data)
         : QObject(loop)
+        , loop(loop)
         , callback(callback)
         , data(data)
     {
@@ -70,9 +73,10 @@ struct pa_time_event final : public QObject
         timer.start(std::chrono::ceil<std::chrono::milliseconds>(delay));
     }
 
-    void silence() { timer.stop(); }
+    void disable() { timer.stop(); }
     void notify();
 
+    PulseMainLoop *loop;
     pa_time_event_cb_t callback;
     void *data;
     pa_time_event_destroy_cb_t destroyed = nullptr;
@@ -101,7 +105,7 @@ struct pa_defer_event final : public QObject
             timer.start(0);
     }
 
-    void silence()
+    void disable()
     {
         timer.stop();
         loop->deferred.removeOne(this);
@@ -129,9 +133,9 @@ pa_mainloop_api *apiOf(const QObject *event)
 }
 
 template<typename Event>
-void free(Event *event)
+void release(Event *event)
 {
-    event->silence();
+    event->disable();
     if (event->destroyed)
         event->destroyed(apiOf(event), event, event->data);
     event->deleteLater();
@@ -172,6 +176,8 @@ void pa_io_event::notify(pa_io_event_flags_t what)
 
 void pa_time_event::notify()
 {
+    if (loop->timersPostponed())
+        return timer.start(500);
     callback(apiOf(this), this, &due, data);
 }
 
@@ -186,15 +192,15 @@ PulseMainLoop::PulseMainLoop() : functions(std::make_unique<pa_mainloop_api>())
         .userdata = this,
         .io_new = newIo,
         .io_enable = [](pa_io_event *event, pa_io_event_flags_t events) { event->enable(events); },
-        .io_free = free<pa_io_event>,
+        .io_free = release<pa_io_event>,
         .io_set_destroy = setDestroy<pa_io_event, pa_io_event_destroy_cb_t>,
         .time_new = newTime,
         .time_restart = [](pa_time_event *event, const timeval *moment) { event->restart(moment); },
-        .time_free = free<pa_time_event>,
+        .time_free = release<pa_time_event>,
         .time_set_destroy = setDestroy<pa_time_event, pa_time_event_destroy_cb_t>,
         .defer_new = newDefer,
         .defer_enable = [](pa_defer_event *event, int enabled) { event->enable(enabled != 0); },
-        .defer_free = free<pa_defer_event>,
+        .defer_free = release<pa_defer_event>,
         .defer_set_destroy = setDestroy<pa_defer_event, pa_defer_event_destroy_cb_t>,
         .quit = [](pa_mainloop_api *, int) {},
     };
@@ -212,4 +218,13 @@ void PulseMainLoop::runDeferred()
         if (deferred.contains(event) && event->timer.isActive())
             event->notify();
     }
+}
+
+bool PulseMainLoop::isWaitingToWrite() const
+{
+    const auto events = children();
+    return std::any_of(events.begin(), events.end(), [](const QObject *event) {
+        const auto *io = dynamic_cast<const pa_io_event *>(event);
+        return io && io->isWaitingToWrite();
+    });
 }

@@ -6,10 +6,10 @@
 
 namespace {
 
-constexpr int piece = soundFrameRate / 5;
+constexpr int piece = sampleRate / 5;
 constexpr qint64 endless = std::numeric_limits<qint64>::max();
 constexpr double largestEstimate = 1e18;
-constexpr qint64 leastDropped = soundFrameRate / 2;
+constexpr qint64 leastDropped = sampleRate / 2;
 
 } // namespace
 
@@ -28,13 +28,13 @@ qint64 SoundBuffer::playbackEnd() const
         return decodedEnd();
     if (repeats < 0)
         return endless;
-    const double estimate = (file->duration() * (double(repeats) + 1) - startedAt) * soundFrameRate;
+    const double estimate = (file->duration() * (double(repeats) + 1) - startedAt) * sampleRate;
     return std::max(decodedEnd(), qint64(std::min(estimate, largestEstimate)));
 }
 
 double SoundBuffer::position(qint64 frame) const
 {
-    const double seconds = startedAt + double(frame) / soundFrameRate;
+    const double seconds = startedAt + double(frame) / sampleRate;
     const double duration = file->duration();
     if (file->hasExactDuration() && seconds > duration && repeats != 0)
         return duration > 0 ? std::fmod(seconds, duration) : 0;

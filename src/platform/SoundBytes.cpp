@@ -3,9 +3,12 @@
 #include "platform/FilePath.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 extern "C" {
@@ -19,22 +22,30 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int bufferSize = 32 * 1024;
+constexpr int maxTags = 16;
+
+std::chrono::nanoseconds processorTime()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
 QString systemError(int code)
 {
     if (code == EACCES)
-        return u"There is no permission to read the file."_s;
-    return u"The file cannot be read: %1."_s.arg(qt_error_string(code));
+        return u"Permission denied"_s;
+    return u"The file cannot be read: %1"_s.arg(qt_error_string(code));
 }
 
 // Why a file of this kind is not to be opened, or an empty text.
-QString refusal(const struct stat &entry)
+QString unsupportedFileError(const struct stat &entry)
 {
     if (S_ISDIR(entry.st_mode))
-        return u"It is a folder."_s;
+        return u"Is a directory"_s;
     if (!S_ISREG(entry.st_mode))
-        return u"It is not a file but a device."_s;
-    return entry.st_size == 0 ? u"The file is empty."_s : QString();
+        return u"Not a regular file"_s;
+    return entry.st_size == 0 ? u"The file is empty"_s : QString();
 }
 
 } // namespace
@@ -43,7 +54,7 @@ std::unique_ptr<SoundBytes> SoundBytes::open(const QString &path, QString &error
 {
     const auto bytes = FilePath::existing(path);
     if (!bytes) {
-        error = path.isEmpty() ? u"No file is named."_s : u"The file does not exist."_s;
+        error = path.isEmpty() ? u"No file name"_s : u"The file does not exist"_s;
         return nullptr;
     }
     struct stat entry = {};
@@ -51,7 +62,7 @@ std::unique_ptr<SoundBytes> SoundBytes::open(const QString &path, QString &error
         error = systemError(errno);
         return nullptr;
     }
-    if (error = refusal(entry); !error.isEmpty())
+    if (error = unsupportedFileError(entry); !error.isEmpty())
         return nullptr;
     const int file = ::open(bytes->constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (file < 0) {
@@ -66,6 +77,7 @@ SoundBytes::SoundBytes(int file, qint64 size) : file(file), size(size)
     auto *buffer = static_cast<quint8 *>(av_malloc(bufferSize));
     avio = avio_alloc_context(buffer, bufferSize, 0, this, &SoundBytes::read, nullptr, &SoundBytes::seek);
     Q_CHECK_PTR(avio);
+    skipTags();
 }
 
 SoundBytes::~SoundBytes()
@@ -75,28 +87,46 @@ SoundBytes::~SoundBytes()
     ::close(file);
 }
 
-bool SoundBytes::isSpent() const
+bool SoundBytes::isBudgetExhausted() const
 {
-    return allowance <= 0 || deadline.hasExpired();
+    return remainingBytes <= 0 || processorTime() > timeLimit;
 }
 
-void SoundBytes::allow(qint64 count, QDeadlineTimer until)
+void SoundBytes::setBudget(qint64 count, std::chrono::milliseconds time)
 {
-    allowance = count;
-    deadline = until;
+    remainingBytes = count;
+    timeLimit = processorTime() + time;
+}
+
+// A tag has a header of ten bytes, whose last four hold seven bits each of the length of the rest.
+void SoundBytes::skipTags()
+{
+    std::array<quint8, 10> header = {};
+    for (int i = 0; i < maxTags; ++i) {
+        if (::pread(file, header.data(), header.size(), begin) != ssize_t(header.size()) ||
+            std::memcmp(header.data(), "ID3", 3) != 0)
+            break;
+        qint64 length = 0;
+        for (int byte = 6; byte < 10; ++byte)
+            length = length << 7 | (header[size_t(byte)] & 0x7f);
+        const bool hasFooter = header[5] & 0x10;
+        begin += length + (hasFooter ? 20 : 10);
+    }
+    begin = std::min(begin, size);
+    ::lseek(file, begin, SEEK_SET);
 }
 
 int SoundBytes::read(void *self, quint8 *buffer, int count)
 {
     auto *bytes = static_cast<SoundBytes *>(self);
-    if (bytes->isSpent())
+    if (bytes->isBudgetExhausted())
         return AVERROR_EXIT;
     const auto got = ::read(bytes->file, buffer, size_t(count));
     if (got < 0) {
         bytes->failed = true;
         return AVERROR(errno);
     }
-    bytes->allowance -= got;
+    bytes->remainingBytes -= got;
     return got == 0 ? AVERROR_EOF : int(got);
 }
 
@@ -104,7 +134,8 @@ int64_t SoundBytes::seek(void *self, int64_t offset, int whence)
 {
     const auto *bytes = static_cast<SoundBytes *>(self);
     if (whence & AVSEEK_SIZE)
-        return bytes->size;
-    const qint64 position = ::lseek(bytes->file, offset, whence & ~AVSEEK_FORCE);
-    return position < 0 ? AVERROR(errno) : position;
+        return bytes->size - bytes->begin;
+    const int base = whence & ~AVSEEK_FORCE;
+    const qint64 position = ::lseek(bytes->file, base == SEEK_SET ? bytes->begin + offset : offset, base);
+    return position < 0 ? AVERROR(errno) : position - bytes->begin;
 }

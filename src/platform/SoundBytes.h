@@ -1,17 +1,18 @@
 #pragma once
 
-#include <QDeadlineTimer>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
 struct AVIOContext;
 
-/// The bytes of a regular file, in the form in which FFmpeg reads them.
+/// The bytes of a regular file, in the form in which FFmpeg reads them, without the ID3v2 tag before the
+/// sound: FFmpeg would read the cover picture in it.
 ///
 /// The file is held open, so that it can be read to its end when it is deleted meanwhile. Reading is
-/// limited by allow(), so that a file that leads a decoder on for ever costs a bounded time.
+/// limited by setBudget(), so that a file that leads a decoder on indefinitely costs a bounded time.
 class SoundBytes final
 {
     Q_DISABLE_COPY_MOVE(SoundBytes)
@@ -25,14 +26,15 @@ public:
 
     AVIOContext *context() const { return avio; }
 
-    /// True when the limit of the last allow() has been reached.
-    bool isSpent() const;
+    /// True when the budget is used up.
+    bool isBudgetExhausted() const;
 
     /// True when the system could not read the file.
     bool hasFailed() const { return failed; }
 
-    /// Lets `count` more bytes be read until `deadline`; reading on after that is an error.
-    void allow(qint64 count, QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
+    /// Lets `count` more bytes be read while this thread uses no more than `time` of the processor; reading
+    /// on after that is an error. Time in which the thread waits, as for a slow disk, does not count.
+    void setBudget(qint64 count, std::chrono::milliseconds time);
 
 private:
     SoundBytes(int file, qint64 size);
@@ -40,10 +42,13 @@ private:
     static int read(void *self, quint8 *buffer, int count);
     static int64_t seek(void *self, int64_t offset, int whence);
 
+    void skipTags();
+
     int file;
     qint64 size;
+    qint64 begin = 0; // of what FFmpeg sees
     AVIOContext *avio = nullptr;
-    qint64 allowance = 0;
-    QDeadlineTimer deadline;
+    qint64 remainingBytes = 0;
+    std::chrono::nanoseconds timeLimit{}; // of this thread's processor time
     bool failed = false;
 };

@@ -73,7 +73,7 @@ bool SoundConverter::prepare(const Format &wanted)
         return false;
     AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
     SwrContext *context = nullptr;
-    swr_alloc_set_opts2(&context, &stereo, AV_SAMPLE_FMT_S16, soundFrameRate, &in,
+    swr_alloc_set_opts2(&context, &stereo, AV_SAMPLE_FMT_S16, sampleRate, &in,
                         AVSampleFormat(wanted.sampleFormat), wanted.rate, 0, nullptr);
     resampler.reset(context);
     format = wanted;

@@ -19,33 +19,38 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto formats = "mp3,aac,mov,caf,wav,w64,aiff,flac,ogg";
-constexpr auto codecs = "mp3float,mp3,mp2float,mp2,aac,alac,adpcm_ima_wav,adpcm_ima_qt,flac,vorbis,opus,"
+constexpr auto codecs = "mp3float,mp3,mp2float,mp2,aac,aac_fixed,libfdk_aac,alac,adpcm_ima_wav,adpcm_ima_qt,"
+                        "flac,vorbis,libvorbis,opus,libopus,"
                         "pcm_s8,pcm_u8,pcm_s16le,pcm_s16be,pcm_s24le,pcm_s24be,pcm_s32le,pcm_s32be,"
                         "pcm_f32le,pcm_f32be,pcm_f64le,pcm_f64be,pcm_alaw,pcm_mulaw";
 
-constexpr auto timeToOpen = 800ms;
-// What may be read without a sound coming of it. Cover pictures of several megabytes are common.
-constexpr qint64 bytesToOpen = 256 << 20;
-constexpr qint64 bytesForPiece = 32 << 20;
-// So many undecodable packets in a row are more than a scratch.
-constexpr int mostUndecodable = 25;
+// What may be read without any sound coming of it, and how much processor time that may take.
+constexpr auto timeToOpen = 500ms;
+constexpr qint64 bytesToOpen = 64 << 20;
+constexpr auto timeToDecode = 500ms;
+constexpr qint64 bytesToDecode = 32 << 20;
+// More undecodable packets in a row are more than a scratch.
+constexpr int maxConsecutiveDecodeErrors = 25;
+// A file may claim anything in its tables. These suffice for four hours of MPEG-4.
+constexpr size_t maxAllocation = 16 << 20;
+constexpr int maxStreams = 8;
 
 int openNothingElse(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
 {
     return AVERROR(EPERM);
 }
 
-int isSpent(void *bytes)
+int isBudgetExhausted(void *bytes)
 {
-    return static_cast<SoundBytes *>(bytes)->isSpent();
+    return static_cast<SoundBytes *>(bytes)->isBudgetExhausted();
 }
 
 // What is wrong with the file: trouble in reading it, if there was any, explains everything else.
-QString complaint(const SoundBytes &bytes, const QString &otherwise)
+QString openError(const SoundBytes &bytes, const QString &fallback)
 {
     if (bytes.hasFailed())
-        return u"The file cannot be read."_s;
-    return bytes.isSpent() ? u"Opening the file takes too long."_s : otherwise;
+        return u"The file cannot be read"_s;
+    return bytes.isBudgetExhausted() ? u"Timed out opening the file"_s : fallback;
 }
 
 } // namespace
@@ -76,8 +81,9 @@ std::unique_ptr<SoundFile> SoundFile::open(const QString &path, QString &error)
     if (!bytes)
         return nullptr;
     av_log_set_level(AV_LOG_QUIET);
+    av_max_alloc(maxAllocation);
     std::unique_ptr<SoundFile> file(new SoundFile(std::move(bytes)));
-    file->bytes->allow(bytesToOpen, QDeadlineTimer(timeToOpen));
+    file->bytes->setBudget(bytesToOpen, timeToOpen);
     error = file->openFormat(path);
     if (error.isEmpty())
         error = file->openCodec();
@@ -101,25 +107,26 @@ double SoundFile::duration() const
 {
     if (length)
         return *length;
-    double said = 0;
+    double reported = 0;
     if (stream->duration > 0)
-        said = double(stream->duration) * av_q2d(stream->time_base);
+        reported = double(stream->duration) * av_q2d(stream->time_base);
     else if (format->duration > 0)
-        said = double(format->duration) / AV_TIME_BASE;
-    return std::max(said, decoded);
+        reported = double(format->duration) / AV_TIME_BASE;
+    return std::max(reported, furthestPosition);
 }
 
 SoundFile::Status SoundFile::read(std::vector<SoundFrame> &out, int count)
 {
-    bytes->allow(bytesForPiece);
-    const double enough = position + double(count) / soundFrameRate;
-    while (position < enough) {
-        const Status status = decodeFrame();
+    bytes->setBudget(bytesToDecode, timeToDecode);
+    const double endPosition = position + double(count) / sampleRate;
+    while (position < endPosition) {
+        // Data may follow behind the end, hours of it.
+        const Status status = position < end() ? decodeFrame() : Status::Ended;
         if (status == Status::Ended && !length)
-            length = decoded;
+            length = furthestPosition;
         if (status != Status::More)
             return status;
-        if (!takeFrame(out))
+        if (!convertFrame(out))
             return Status::Damaged;
     }
     return Status::More;
@@ -127,19 +134,19 @@ SoundFile::Status SoundFile::read(std::vector<SoundFrame> &out, int count)
 
 bool SoundFile::rewind()
 {
-    bytes->allow(bytesForPiece);
+    bytes->setBudget(bytesToDecode, timeToDecode);
     position = 0;
-    target = 0;
+    seekTarget = 0;
     avcodec_flush_buffers(codec.get());
     return av_seek_frame(format.get(), stream->index, firstPacket, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
 bool SoundFile::seek(double seconds)
 {
-    std::vector<SoundFrame> dropped;
-    converter.finish(dropped);
+    std::vector<SoundFrame> discarded;
+    converter.finish(discarded);
     const bool done = rewind();
-    target = seconds;
+    seekTarget = seconds;
     return done;
 }
 
@@ -150,15 +157,16 @@ QString SoundFile::openFormat(const QString &path)
     context->pb = bytes->context();
     context->format_whitelist = av_strdup(formats);
     context->codec_whitelist = av_strdup(codecs);
-    context->interrupt_callback = {&isSpent, bytes.get()};
+    context->interrupt_callback = {&isBudgetExhausted, bytes.get()};
     context->io_open = &openNothingElse;
+    context->max_streams = maxStreams;
     if (avformat_open_input(&context, path.toUtf8().constData(), nullptr, nullptr) < 0)
-        return complaint(*bytes, u"The format of the file is not known."_s);
+        return openError(*bytes, u"Unknown format"_s);
     format.reset(context);
     avformat_find_stream_info(context, nullptr);
     const int index = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (index < 0)
-        return complaint(*bytes, u"There is no sound in the file."_s);
+        return openError(*bytes, u"No audio stream"_s);
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = int(i) == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     stream = context->streams[index];
@@ -175,7 +183,7 @@ QString SoundFile::openCodec()
     codec->pkt_timebase = stream->time_base;
     if (!decoder || avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0 ||
         avcodec_open2(codec.get(), decoder, nullptr) < 0)
-        return u"The coding of the sound is not known."_s;
+        return u"Unsupported codec"_s;
     return {};
 }
 
@@ -184,26 +192,29 @@ QString SoundFile::decodeBeginning()
     firstPacket = AV_NOPTS_VALUE;
     const Status status = decodeFrame();
     firstPacket = firstPacket == AV_NOPTS_VALUE ? 0 : firstPacket;
-    if (status != Status::More || !rewind())
-        return complaint(*bytes, u"The sound in the file is damaged."_s);
+    std::vector<SoundFrame> discarded;
+    if (status == Status::More && !convertFrame(discarded))
+        return u"Unsupported sample rate or number of channels"_s;
+    if (status != Status::More || !seek(0))
+        return openError(*bytes, u"The sound is damaged"_s);
     return {};
 }
 
 SoundFile::Status SoundFile::decodeFrame()
 {
-    for (int undecodable = 0; undecodable < mostUndecodable;) {
+    for (int errors = 0; errors < maxConsecutiveDecodeErrors && !bytes->isBudgetExhausted();) {
         const int received = avcodec_receive_frame(codec.get(), frame.get());
         if (received == 0)
             return Status::More;
         if (received == AVERROR_EOF)
-            return bytes->hasFailed() || bytes->isSpent() ? Status::Damaged : Status::Ended;
+            return bytes->hasFailed() ? Status::Damaged : Status::Ended;
         const int got = av_read_frame(format.get(), packet.get());
         const bool sent =
             got >= 0 ? sendPacket() : got == AVERROR_EOF && avcodec_send_packet(codec.get(), nullptr) >= 0;
         if (got < 0 && got != AVERROR_EOF && got != AVERROR(EAGAIN))
             return Status::Damaged;
         if (!sent || received != AVERROR(EAGAIN))
-            ++undecodable;
+            ++errors;
     }
     return Status::Damaged;
 }
@@ -220,7 +231,7 @@ bool SoundFile::sendPacket()
     return sent;
 }
 
-bool SoundFile::takeFrame(std::vector<SoundFrame> &out)
+bool SoundFile::convertFrame(std::vector<SoundFrame> &out)
 {
     const int rate = frame->sample_rate;
     if (rate <= 0)
@@ -228,11 +239,11 @@ bool SoundFile::takeFrame(std::vector<SoundFrame> &out)
     const auto samplesTo = [&](double moment) {
         return int(std::clamp(std::round((moment - position) * rate), 0.0, double(frame->nb_samples)));
     };
-    const int first = samplesTo(target);
+    const int first = samplesTo(seekTarget);
     const int last = samplesTo(end());
     const bool taken = last <= first || converter.convert(*frame, first, last - first, out);
     position += double(last) / rate;
-    decoded = std::max(decoded, position);
+    furthestPosition = std::max(furthestPosition, position);
     return taken;
 }
 

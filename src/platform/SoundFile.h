@@ -18,7 +18,7 @@ struct AVStream;
 /// A sound file of any supported format, decoded from its beginning to its end as often as wanted.
 ///
 /// One pass over the file is read piece by piece; rewind() begins the next one without a gap. No call
-/// takes longer than its piece needs, however odd the file is.
+/// takes longer than half a second, or more than some tens of megabytes, however odd the file is.
 class SoundFile final
 {
     Q_DISABLE_COPY_MOVE(SoundFile)
@@ -30,8 +30,9 @@ public:
         Damaged, ///< The file cannot be read any further.
     };
 
-    /// Opens the file at `path` and decodes a little of it. Takes less than a second whatever is there.
-    /// On failure returns null and describes it in `error`, in one sentence.
+    /// Opens the file at `path` and decodes a little of it. Takes less than a second of the processor, and as
+    /// long as the disk takes. On failure, also when the sound cannot be converted, returns null and says why
+    /// in `error`.
     static std::unique_ptr<SoundFile> open(const QString &path, QString &error);
 
     ~SoundFile();
@@ -73,7 +74,7 @@ private:
     QString decodeBeginning();
     Status decodeFrame();
     bool sendPacket();
-    bool takeFrame(std::vector<SoundFrame> &out);
+    bool convertFrame(std::vector<SoundFrame> &out);
     double end() const;
 
     std::unique_ptr<SoundBytes> bytes;
@@ -85,7 +86,7 @@ private:
     SoundConverter converter;
     qint64 firstPacket = 0; // its time stamp
     double position = 0;    // of the next sample decoded, in seconds
-    double target = 0;      // where sound is wanted from; what lies before is dropped
-    double decoded = 0;     // the furthest position reached
+    double seekTarget = 0;  // where sound is wanted from; what lies before is dropped
+    double furthestPosition = 0;
     std::optional<double> length;
 };

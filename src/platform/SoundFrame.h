@@ -2,12 +2,12 @@
 
 #include <QtGlobal>
 
-/// One moment of sound, in the one format that everything is played in: two channels, 16 bit.
+/// One stereo frame of 16-bit samples, the one format that everything is played in.
 struct SoundFrame
 {
     qint16 left;
     qint16 right;
 };
 
-/// How many frames make a second.
-constexpr int soundFrameRate = 48000;
+/// In frames a second.
+constexpr int sampleRate = 48000;

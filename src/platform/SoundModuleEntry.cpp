@@ -1,8 +1,15 @@
 #include "platform/SoundModule.h"
 #include "platform/SoundPlayer.h"
 #include "platform/SoundServer.h"
+#include "platform/SoundStream.h"
 
 void belfryEnterSoundModule(AVAudioPlayerFactory &factory)
 {
-    factory = soundPlayerFactory(std::make_shared<SoundServer>());
+    // People set it for the sake of games. It overrides the size of our buffer, which has to carry the sound
+    // over a main thread that is held.
+    qunsetenv("PULSE_LATENCY_MSEC");
+    factory = [server = std::make_shared<SoundServer>()](const QString &path, QString &error) {
+        return SoundPlayer::create(
+            path, [server] { return std::make_unique<SoundStream>(server); }, error);
+    };
 }

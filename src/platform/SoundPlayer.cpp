@@ -1,59 +1,60 @@
 #include "platform/SoundPlayer.h"
 
-#include "platform/SoundServer.h"
-#include "platform/SoundStream.h"
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr qint64 ahead = qint64(4) * soundFrameRate;
-// A server that is there within this time gets the sound from its beginning: nothing of the attack is lost.
-constexpr qint64 mostLateness = soundFrameRate / 2;
-// A server that is farther away than this from where it should be was held up, and starts afresh.
-constexpr qint64 mostDeviation = soundFrameRate;
+constexpr qint64 decodeAhead = qint64(4) * sampleRate;
 
-constexpr auto usualTurn = 500ms;
-constexpr auto firstTurns = 50ms;
-// The server's count of what has been heard is a little uncertain: the last sound gets time to fade.
-constexpr auto release = 1s;
+// A server that is there within this time gets the sound from its beginning.
+constexpr auto maxStartLatency = 500ms;
+// A server that is there, but whose device does not play yet, is waited for as long as this.
+constexpr auto maxWakeTime = 10s;
+// An output that is farther away than this from where it should be was held up, and is opened again.
+constexpr qint64 maxDrift = sampleRate;
+
+constexpr auto pollInterval = 500ms;
+constexpr auto startupPollInterval = 50ms;
+// The server's count of what has been played is a little uncertain: the last sound gets time to fade.
+constexpr auto tailTimeout = 1s;
 
 } // namespace
 
-std::unique_ptr<SoundPlayer> SoundPlayer::create(const QString &path, std::shared_ptr<SoundServer> server,
+std::unique_ptr<SoundPlayer> SoundPlayer::create(const QString &path, AudioOutputFactory makeOutput,
                                                  QString &error)
 {
     auto file = SoundFile::open(path, error);
     if (!file)
         return nullptr;
-    return std::unique_ptr<SoundPlayer>(new SoundPlayer(std::move(file), std::move(server)));
+    return std::unique_ptr<SoundPlayer>(new SoundPlayer(std::move(file), std::move(makeOutput)));
 }
 
-SoundPlayer::SoundPlayer(std::unique_ptr<SoundFile> file, std::shared_ptr<SoundServer> server)
-    : server(std::move(server))
+SoundPlayer::SoundPlayer(std::unique_ptr<SoundFile> file, AudioOutputFactory makeOutput)
+    : makeOutput(std::move(makeOutput))
     , buffer(std::move(file))
 {
-    turnTimer.setSingleShot(true);
-    turnTimer.setTimerType(Qt::PreciseTimer);
-    connect(&turnTimer, &QTimer::timeout, this, &SoundPlayer::turn);
+    processTimer.setSingleShot(true);
+    processTimer.setTimerType(Qt::PreciseTimer);
+    connect(&processTimer, &QTimer::timeout, this, &SoundPlayer::process);
 }
 
 SoundPlayer::~SoundPlayer() = default;
 
 bool SoundPlayer::isPlaying() const
 {
-    return active && !isOver();
+    return (state == State::Starting || state == State::Playing) && frame() < buffer.playbackEnd();
 }
 
 double SoundPlayer::currentTime() const
 {
-    if (!active)
+    if (state == State::Stopped || state == State::Tail)
         return position;
-    return isOver() ? 0 : buffer.position(frame());
+    return isPlaying() ? buffer.position(frame()) : 0;
 }
 
 double SoundPlayer::duration() const
@@ -73,22 +74,20 @@ bool SoundPlayer::play()
     stop();
     if (!buffer.start(position, loops))
         return false;
-    active = true;
-    markedFrame = 0;
-    sinceMark.invalidate();
-    stream = std::make_unique<SoundStream>(server);
-    connect(stream.get(), &SoundStream::opened, this, &SoundPlayer::streamOpened);
-    connect(stream.get(), &SoundStream::moved, this, &SoundPlayer::streamMoved);
-    turnTimer.start(0);
+    state = State::Starting;
+    anchorFrame = nextFrame = 0;
+    anchorTimer.invalidate();
+    openOutput();
+    processTimer.start(0);
     return true;
 }
 
 void SoundPlayer::stop()
 {
     position = currentTime();
-    active = false;
-    stream.reset();
-    turnTimer.stop();
+    state = State::Stopped;
+    output.reset();
+    processTimer.stop();
 }
 
 void SoundPlayer::setCurrentTime(double seconds)
@@ -114,92 +113,105 @@ void SoundPlayer::setDelegate(AVAudioPlayerDelegate *newDelegate)
 
 qint64 SoundPlayer::frame() const
 {
-    return sinceMark.isValid() ? markedFrame + sinceMark.nsecsElapsed() / 1000 * soundFrameRate / 1000000
-                               : markedFrame;
+    return state == State::Playing ? anchorFrame + anchorTimer.nsecsElapsed() / 1000 * sampleRate / 1000000
+                                   : 0;
 }
 
-bool SoundPlayer::isOver() const
+void SoundPlayer::syncTimeline(qint64 now)
 {
-    return frame() >= buffer.playbackEnd();
+    state = State::Playing;
+    anchorFrame = now;
+    anchorTimer.start();
 }
 
-void SoundPlayer::setFrame(qint64 now)
+void SoundPlayer::openOutput()
 {
-    markedFrame = now;
-    sinceMark.start();
+    output = makeOutput();
+    connect(output.get(), &AudioOutput::opened, this, &SoundPlayer::outputOpened);
+    connect(output.get(), &AudioOutput::writable, this, &SoundPlayer::feed);
+    connect(output.get(), &AudioOutput::progressed, this, &SoundPlayer::outputProgressed);
 }
 
-void SoundPlayer::turn()
+void SoundPlayer::process()
 {
-    if (!active)
-        return stream.reset();
-    if (buffer.decodedEnd() < frame() + ahead)
+    if (state == State::Tail)
+        return output.reset();
+    if (buffer.decodedEnd() < frame() + decodeAhead)
         buffer.decode();
-    // Time begins to run here and not in play(), after which the caller may have been busy for long.
-    if (!sinceMark.isValid() && (buffer.decodedEnd() > 0 || buffer.isComplete()))
-        setFrame(0);
-    if (isOver())
+    if (state == State::Starting)
+        awaitStart();
+    if (!isPlaying())
         return finish();
     feed();
-    stream->askProgress();
-    scheduleTurn();
+    // The device has stopped, or the server has run dry while this thread was held.
+    if (output->isOpen() && nextFrame + maxDrift < frame())
+        output->reopen();
+    output->requestTimingUpdate();
+    scheduleProcess();
 }
 
-void SoundPlayer::scheduleTurn()
+void SoundPlayer::awaitStart()
+{
+    if (!anchorTimer.isValid()) {
+        // The wait begins here and not in play(), after which the caller may have been busy for long.
+        if (buffer.decodedEnd() > 0)
+            anchorTimer.start();
+    } else if (std::chrono::milliseconds(anchorTimer.elapsed()) >=
+               (output->isConnected() ? maxWakeTime : maxStartLatency)) {
+        state = State::Playing;
+    }
+}
+
+void SoundPlayer::scheduleProcess()
 {
     using std::chrono::milliseconds;
     const qint64 now = frame();
-    milliseconds next = stream->isOpen() && !streamHasMoved ? firstTurns : usualTurn;
-    if (!buffer.isComplete() && buffer.decodedEnd() < now + ahead)
+    const bool isWaiting = state == State::Starting || (output->isOpen() && !hasProgressed);
+    milliseconds next = isWaiting ? startupPollInterval : pollInterval;
+    if (!buffer.isComplete() && buffer.decodedEnd() < now + decodeAhead)
         next = 0ms;
-    const qint64 left = buffer.playbackEnd() - now;
-    turnTimer.start(std::min(next, milliseconds(std::min(left, ahead) * 1000 / soundFrameRate + 1)));
+    if (state == State::Playing) {
+        const qint64 left = std::min(buffer.playbackEnd() - now, decodeAhead);
+        next = std::min(next, milliseconds(left * 1000 / sampleRate + 1));
+    }
+    processTimer.start(next);
 }
 
+// Called out of the output, too.
 void SoundPlayer::feed()
 {
-    sent += stream->write(buffer.from(sent));
-    if (buffer.isComplete() && sent >= buffer.decodedEnd())
-        stream->drain();
-    const qint64 now = frame();
-    // The server has run dry while this thread was held: what it gets now is late.
-    if (stream->isOpen() && sent < now && now < buffer.decodedEnd())
-        stream->reopen();
-    buffer.dropBefore((stream->isOpen() ? std::min(now, sent) : now) - mostLateness);
+    nextFrame += output->write(buffer.from(nextFrame));
+    if (buffer.isComplete() && nextFrame >= buffer.decodedEnd())
+        output->drain();
+    buffer.dropBefore(output->isOpen() ? std::min(frame(), playedFrame) : frame());
 }
 
-void SoundPlayer::streamOpened()
+void SoundPlayer::outputOpened()
 {
-    if (sinceMark.isValid() && markedFrame == 0 && frame() < mostLateness)
-        setFrame(0);
-    streamBegin = sent = frame();
-    streamHasMoved = false;
-    // What may end in a release of the stream must not happen here, in the middle of libpulse.
+    outputStartFrame = nextFrame = playedFrame = frame();
+    hasProgressed = false;
     feed();
-    turnTimer.start(0);
+    processTimer.start(0);
 }
 
-void SoundPlayer::streamMoved(qint64 frames)
+void SoundPlayer::outputProgressed(qint64 frames)
 {
-    const qint64 heard = streamBegin + frames;
-    if (std::exchange(streamHasMoved, true) && std::abs(heard - frame()) > mostDeviation)
-        return stream->reopen();
-    setFrame(heard);
+    if (state != State::Starting && state != State::Playing)
+        return;
+    playedFrame = outputStartFrame + frames;
+    const bool isFirst = !std::exchange(hasProgressed, true);
+    if (isFirst || std::abs(playedFrame - frame()) <= maxDrift)
+        syncTimeline(playedFrame);
+    else
+        QMetaObject::invokeMethod(output.get(), &AudioOutput::reopen, Qt::QueuedConnection);
 }
 
 void SoundPlayer::finish()
 {
-    active = false;
+    state = State::Tail;
     position = 0;
-    stream->finish();
-    turnTimer.start(release);
+    output->finish();
+    processTimer.start(tailTimeout);
     if (delegate)
         delegate->audioPlayerDidFinishPlaying(*this, !buffer.isDamaged());
-}
-
-AVAudioPlayerFactory soundPlayerFactory(std::shared_ptr<SoundServer> server)
-{
-    return [server = std::move(server)](const QString &path, QString &error) {
-        return SoundPlayer::create(path, server, error);
-    };
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AVAudioPlayer.h"
+#include "platform/AudioOutput.h"
 #include "platform/SoundBuffer.h"
 
 #include <QElapsedTimer>
@@ -9,21 +10,20 @@
 
 #include <memory>
 
-class SoundServer;
-class SoundStream;
-
-/// The platform audio player: decodes a file and has the sound server play it.
+/// The platform audio player: decodes a file and has an output play it.
 ///
-/// The time line of the playback is its own. It follows what the server says has been heard, and goes on
-/// by the steady clock when there is no server, or one that does not answer: the sound comes back in step
-/// when a server does. Four seconds of sound are always decoded and given to the server in advance.
+/// The timeline of the playback is its own. It follows what the output says has been played, and goes on by
+/// the steady clock when there is no server, or one that does not answer: the sound comes back in sync when
+/// a server does. A device that needs a while to wake is waited for, so that the sound is heard from its
+/// beginning. Four seconds of sound are always decoded and given to the output in advance.
 class SoundPlayer final : public QObject, public AVAudioPlayer
 {
     Q_DISABLE_COPY_MOVE(SoundPlayer)
 
 public:
-    /// A player for the file at `path`, or null with the reason in `error`.
-    static std::unique_ptr<SoundPlayer> create(const QString &path, std::shared_ptr<SoundServer> server,
+    /// A player for the file at `path`, or null with the reason in `error`. `makeOutput` is called at each
+    /// start of the playback.
+    static std::unique_ptr<SoundPlayer> create(const QString &path, AudioOutputFactory makeOutput,
                                                QString &error);
 
     ~SoundPlayer() override;
@@ -36,41 +36,47 @@ public:
     void stop() override;
     void setCurrentTime(double seconds) override;
 
-    /// While it plays, the count begins anew.
+    /// While it plays, the count begins again.
     void setNumberOfLoops(int newLoops) override;
 
     void setDelegate(AVAudioPlayerDelegate *newDelegate) override;
 
 private:
-    SoundPlayer(std::unique_ptr<SoundFile> file, std::shared_ptr<SoundServer> server);
+    enum class State {
+        Stopped,
+        Starting, // time stands still until something is heard, or it is not worth waiting for
+        Playing,
+        Tail, // all has been played, as far as the output knows
+    };
+
+    SoundPlayer(std::unique_ptr<SoundFile> file, AudioOutputFactory makeOutput);
 
     qint64 frame() const;
-    bool isOver() const;
-    void setFrame(qint64 now);
-    void turn();
-    void scheduleTurn();
+    void syncTimeline(qint64 now);
+    void openOutput();
+    void process();
+    void awaitStart();
+    void scheduleProcess();
     void feed();
-    void streamOpened();
-    void streamMoved(qint64 frames);
+    void outputOpened();
+    void outputProgressed(qint64 frames);
     void finish();
 
-    std::shared_ptr<SoundServer> server;
+    AudioOutputFactory makeOutput;
     SoundBuffer buffer;
-    std::unique_ptr<SoundStream> stream;
+    std::unique_ptr<AudioOutput> output;
     AVAudioPlayerDelegate *delegate = nullptr;
-    QTimer turnTimer;
+    QTimer processTimer;
+    State state = State::Stopped;
     int loops = 0;
     double position = 0; // in seconds, where the next playback begins
-    bool active = false;
 
-    // The time line: `markedFrame` was being heard when `sinceMark` started; before that, time stands still.
-    qint64 markedFrame = 0;
-    QElapsedTimer sinceMark;
+    // The timeline while Playing: `anchorFrame` was being heard when `anchorTimer` started.
+    qint64 anchorFrame = 0;
+    QElapsedTimer anchorTimer;
 
-    qint64 streamBegin = 0; // the frame that the stream began with
-    qint64 sent = 0;        // the frame that it is to be given next
-    bool streamHasMoved = false;
+    qint64 outputStartFrame = 0; // the frame that the output began with
+    qint64 nextFrame = 0;        // the frame that it is to be given next
+    qint64 playedFrame = 0;      // the frame that it was playing when it last said so
+    bool hasProgressed = false;  // since it opened
 };
-
-/// Makes players that share the connection to the sound server.
-AVAudioPlayerFactory soundPlayerFactory(std::shared_ptr<SoundServer> server);

@@ -5,17 +5,26 @@
 #include <chrono>
 #include <pulse/context.h>
 #include <pulse/error.h>
+#include <pulse/introspect.h>
+#include <pulse/operation.h>
+#include <pulse/proplist.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
 
-// Times are counted in turns of a timer, of which one is lost while the main thread is held, however long:
+// Times are counted in ticks of a timer, of which one is lost while the main thread is held, however long:
 // a server is not to blame for what we had no time to read.
-constexpr auto turn = 500ms;
-constexpr int turnsUntilHung = 6;
-constexpr int turnsBetweenTries = 4;
+constexpr auto watchInterval = 500ms;
+constexpr int hungAfterTicks = 6;
+constexpr int reconnectAfterTicks = 4;
+
+QString errorOf(const pa_context *context)
+{
+    return QString::fromUtf8(pa_strerror(pa_context_errno(context)));
+}
 
 } // namespace
 
@@ -28,11 +37,17 @@ void SoundServer::Free::operator()(pa_context *context) const
 
 SoundServer::SoundServer(QByteArray address) : address(std::move(address))
 {
-    watchTimer.setInterval(turn);
+    loop.setTimersPostponed([this] { return mayBeResolving(); });
+    watchTimer.setInterval(watchInterval);
     connect(&watchTimer, &QTimer::timeout, this, &SoundServer::watch);
 }
 
-SoundServer::~SoundServer() = default;
+SoundServer::~SoundServer()
+{
+    // Its memory is lost, which matters less than the wait, see mayBeResolving().
+    if (mayBeResolving())
+        static_cast<void>(context.release());
+}
 
 pa_context *SoundServer::connection() const
 {
@@ -43,7 +58,7 @@ void SoundServer::attach()
 {
     if (attached++ > 0)
         return;
-    idleTurns = 0;
+    ticksWithoutActivity = 0;
     watchTimer.start();
     if (!context)
         connectToServer();
@@ -55,30 +70,42 @@ void SoundServer::detach()
         watchTimer.stop();
 }
 
-void SoundServer::noteLife(bool heard)
+void SoundServer::reportPlayback()
 {
-    idleTurns = 0;
-    if (heard && std::exchange(outage, false))
-        Log::write(u"The sound server plays again."_s);
+    ticksWithoutActivity = 0;
+    if (std::exchange(outage, false))
+        Log::write(u"Sound server is back"_s);
 }
 
 void SoundServer::fail(const QString &reason)
 {
     // Called out of libpulse, which is not done yet with what would be freed.
-    QMetaObject::invokeMethod(
-        this,
-        [this, failed = context.get(), reason]() {
-            if (context && context.get() == failed)
-                drop(reason);
-        },
-        Qt::QueuedConnection);
+    const auto dropFailed = [this, reason, failed = contextNumber] {
+        if (context && failed == contextNumber)
+            drop(reason);
+    };
+    QMetaObject::invokeMethod(this, dropFailed, Qt::QueuedConnection);
+}
+
+// While a thread of libpulse looks a host name up, whatever ends that early waits for the thread: to free the
+// context, and also libpulse's own timeout of five seconds. A name server that does not answer would hold the
+// main thread. Only once the name is found does libpulse wait to write to a socket.
+bool SoundServer::mayBeResolving() const
+{
+    return context && pa_context_get_state(context.get()) == PA_CONTEXT_CONNECTING &&
+           !loop.isWaitingToWrite();
 }
 
 void SoundServer::connectToServer()
 {
-    idleTurns = 0;
-    turnsToConnect = turnsBetweenTries;
-    context.reset(pa_context_new(loop.api(), "Belfry"));
+    ticksWithoutActivity = 0;
+    ticksToReconnect = reconnectAfterTicks;
+    ++contextNumber;
+    pa_proplist *properties = pa_proplist_new();
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, BELFRY_ID);
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ICON_NAME, BELFRY_ID);
+    context.reset(pa_context_new_with_proplist(loop.api(), "Belfry", properties));
+    pa_proplist_free(properties);
     Q_CHECK_PTR(context);
     pa_context_set_state_callback(
         context.get(), [](pa_context *, void *self) { static_cast<SoundServer *>(self)->contextChanged(); },
@@ -86,35 +113,56 @@ void SoundServer::connectToServer()
     // To start a server takes libpulse a wait, and is the business of the user's session.
     const char *server = address.isEmpty() ? nullptr : address.constData();
     if (pa_context_connect(context.get(), server, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
-        fail(QString::fromUtf8(pa_strerror(pa_context_errno(context.get()))));
+        fail(errorOf(context.get()));
 }
 
 void SoundServer::contextChanged()
 {
-    noteLife(false);
+    ticksWithoutActivity = 0;
     const auto state = pa_context_get_state(context.get());
     if (state == PA_CONTEXT_READY)
         Q_EMIT connected();
     else if (!PA_CONTEXT_IS_GOOD(state))
-        fail(QString::fromUtf8(pa_strerror(pa_context_errno(context.get()))));
+        fail(errorOf(context.get()));
 }
 
 void SoundServer::drop(const QString &reason)
 {
-    Q_EMIT lost();
+    Q_EMIT disconnected();
     context.reset();
+    reportOutage(reason);
+}
+
+void SoundServer::reportOutage(const QString &reason)
+{
     if (attached == 0 || std::exchange(outage, true))
         return;
-    turnsToConnect = 1;
-    Log::write(u"No sound server plays (%1). The playback goes on in silence until one does."_s.arg(reason));
+    ticksToReconnect = 1;
+    Log::write(u"No sound server (%1); playback continues silently"_s.arg(reason));
 }
 
 void SoundServer::watch()
 {
     if (!context) {
-        if (--turnsToConnect <= 0)
+        if (--ticksToReconnect <= 0)
             connectToServer();
-    } else if (++idleTurns >= turnsUntilHung) {
+    } else if (++ticksWithoutActivity < hungAfterTicks) {
+        ping();
+    } else if (mayBeResolving()) {
+        reportOutage(u"its name is not resolved"_s);
+    } else {
         drop(u"it does not answer"_s);
     }
+}
+
+// Any answer is a sign of life: a device may take its time to wake.
+void SoundServer::ping()
+{
+    if (!connection())
+        return;
+    const auto answered = [](pa_context *, const pa_stat_info *, void *self) {
+        static_cast<SoundServer *>(self)->ticksWithoutActivity = 0;
+    };
+    if (pa_operation *operation = pa_context_stat(connection(), answered, this))
+        pa_operation_unref(operation);
 }

@@ -12,9 +12,10 @@ struct pa_context;
 
 /// The connection to the user's sound server (PulseAudio, or PipeWire in its stead), one for all players.
 ///
-/// It is made when the first sound is to be played, and then kept. While anything is playing, a
-/// connection that fails, or that shows no life for three seconds, is given up and another one tried every
-/// two seconds. The log has one line when that begins and one when sound moves again. Nothing waits.
+/// It is made when the first sound is to be played, and then kept. While anything is playing, a connection
+/// that fails, or over which nothing is answered for three seconds, is dropped, and another one is tried
+/// every two seconds. The log has one line when that begins and one when sound is played again. Nothing
+/// waits.
 class SoundServer final : public QObject
 {
     Q_OBJECT
@@ -32,10 +33,10 @@ public:
     void attach();
     void detach();
 
-    /// Says that a stream has got on: with `heard`, that sound of it has been played.
-    void noteLife(bool heard);
+    /// Says that sound has been played.
+    void reportPlayback();
 
-    /// Gives the connection up on the next turn of the event loop. `reason` is for the log.
+    /// Drops the connection on the next turn of the event loop. `reason` is for the log.
     void fail(const QString &reason);
 
     /// Sends at once what libpulse would send on the next turn of the event loop. Not to be called out of
@@ -47,7 +48,7 @@ Q_SIGNALS:
     void connected();
 
     /// connection() is about to go away: let go of everything made from it.
-    void lost();
+    void disconnected();
 
 private:
     struct Free
@@ -55,17 +56,21 @@ private:
         void operator()(pa_context *context) const;
     };
 
+    bool mayBeResolving() const;
     void connectToServer();
     void contextChanged();
     void drop(const QString &reason);
+    void reportOutage(const QString &reason);
     void watch();
+    void ping();
 
     QByteArray address;
     PulseMainLoop loop;
     std::unique_ptr<pa_context, Free> context;
+    int contextNumber = 0; // counts the connections
     QTimer watchTimer;
     int attached = 0;
-    int idleTurns = 0;      // of the watch, since the server last showed life
-    int turnsToConnect = 0; // of the watch, until the next try
+    int ticksWithoutActivity = 0;
+    int ticksToReconnect = 0;
     bool outage = false;
 };

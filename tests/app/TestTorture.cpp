@@ -376,9 +376,9 @@ private Q_SLOTS:
         for (int deaths = 1; deaths <= 2; ++deaths) {
             QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
             server.kill();
-            QTRY_COMPARE_WITH_TIMEOUT(logged("No sound server plays"), deaths, 15000);
+            QTRY_COMPARE_WITH_TIMEOUT(logged("No sound server"), deaths, 15000);
             QVERIFY(server.start());
-            QTRY_COMPARE_WITH_TIMEOUT(logged("The sound server plays again"), deaths, 15000);
+            QTRY_COMPARE_WITH_TIMEOUT(logged("Sound server is back"), deaths, 15000);
         }
         QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
         QVERIFY(clockGoesOn(belfry));

@@ -43,10 +43,12 @@ private Q_SLOTS:
         QVERIFY(::close(::creat(notUtf8.constData(), 0600)) == 0);
         player.play(QFile::decodeName(notUtf8), false);
         ::unlink(notUtf8.constData());
-        QCOMPARE(stage.played, (QStringList{oddName, resource, folder.path(), QFile::decodeName(notUtf8)}));
-        for (const auto &path : {u"chime"_s, u""_s})
-            player.play(path, false);
-        QCOMPARE(stage.failures, 2);
+        // What is missing is for the player to report.
+        player.play(u"chime"_s, false);
+        QCOMPARE(stage.played,
+                 (QStringList{oddName, resource, folder.path(), QFile::decodeName(notUtf8), u"chime"_s}));
+        player.play(u""_s, false);
+        QCOMPARE(stage.failures, 1);
     }
 
     void play_replacesWhatPlays_andAFailureLeavesIt()

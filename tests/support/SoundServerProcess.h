@@ -92,6 +92,13 @@ public:
 
     void thaw() { ::kill(pid_t(daemon.processId()), SIGCONT); }
 
+    /// Has the sink of the server stop playing, or go on, as one that sleeps. Nothing more is recorded.
+    void suspend(bool isSuspended)
+    {
+        wasFrozen = true;
+        control({QStringLiteral("suspend-sink"), QStringLiteral("ear"), QString::number(isSuspended)});
+    }
+
     /// Waits until everything that has been played by now is recorded, and returns the recording from the
     /// moment `from` on.
     SoundRecording heard(double from = 0)
@@ -115,15 +122,20 @@ public:
     /// How many streams of sound the server has.
     qsizetype streamCount()
     {
-        QProcess list;
-        list.setProcessEnvironment(daemon.processEnvironment());
-        list.start(QStringLiteral("pactl"),
-                   {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")});
-        list.waitForFinished();
-        return list.readAllStandardOutput().count('\n');
+        return control({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")})
+            .count('\n');
     }
 
 private:
+    QByteArray control(const QStringList &command) const
+    {
+        QProcess pactl;
+        pactl.setProcessEnvironment(daemon.processEnvironment());
+        pactl.start(QStringLiteral("pactl"), command);
+        pactl.waitForFinished();
+        return pactl.readAllStandardOutput();
+    }
+
     QString socket() const { return folder.filePath(QStringLiteral("socket")); }
 
     // The promptest arrival of all tells best when the first sample was played.

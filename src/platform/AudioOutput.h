@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/SoundFrame.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <span>
+
+/// Where a player sends its sound: one stream to a sound server, which may come, go and come back.
+///
+/// No call waits. Destroying it cuts the sound at once. Signals may come from deep inside a library: write()
+/// and drain() may be called from a slot, reopen() and the destructor may not.
+class AudioOutput : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(AudioOutput)
+
+public:
+    AudioOutput() = default;
+
+    /// True while there is a server that responds, whether or not it takes sound yet.
+    virtual bool isConnected() const = 0;
+
+    /// True while the server takes sound.
+    virtual bool isOpen() const = 0;
+
+    /// Hands over as many of `frames` as there is room for, and returns how many.
+    virtual qint64 write(std::span<const SoundFrame> frames) = 0;
+
+    /// Says that everything has been written, so that the server does not wait for more.
+    virtual void drain() = 0;
+
+    /// Asks the server how far it is: progressed() follows if anything has been played since.
+    virtual void requestTimingUpdate() = 0;
+
+    /// Says that everything has been played: the server no longer matters.
+    virtual void finish() = 0;
+
+    /// Discards what has been written and opens the stream again.
+    virtual void reopen() = 0;
+
+Q_SIGNALS:
+    /// The server takes sound now. Nothing that was written earlier counts any more.
+    void opened();
+
+    /// There is room for more.
+    void writable();
+
+    /// `framesPlayed` of the frames written since opened() have been played by now.
+    void progressed(qint64 framesPlayed);
+};
+
+using AudioOutputFactory = std::function<std::unique_ptr<AudioOutput>()>;
