@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.." || exit 1
 
 fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
-build_packages="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-base-dev qt6-svg-dev qt6-l10n-tools
+build_packages="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-base-dev qt6-l10n-tools
     libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev libavutil-dev libpulse-dev"
 # The fonts have the letters of every translation.
 test_packages="appstream clang-format-14 dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
@@ -24,7 +24,7 @@ check_tools() {
     for tool in cmake ninja pkg-config c++ sqlite3 rsvg-convert; do
         command -v $tool >/dev/null || missing="$missing $tool"
     done
-    for library in Qt6Widgets Qt6DBus Qt6Svg sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
+    for library in Qt6Widgets Qt6DBus sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
         pkg-config --exists $library 2>/dev/null || missing="$missing $library"
     done
     [ -z "$missing" ] || fail "there is no apt-get here; install these first:$missing"

@@ -1,7 +1,7 @@
 #include "toolkit/Symbol.h"
 
 #include "platform/Log.h"
-#include "platform/Resources.h"
+#include "toolkit/SymbolPath.h"
 
 #include <QGuiApplication>
 #include <QIconEngine>
@@ -9,42 +9,16 @@
 #include <QPalette>
 #include <QPixmapCache>
 #include <QSet>
-#include <QSvgRenderer>
 
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::array<std::pair<QStringView, QStringView>, 16> files{{
-    {u"calendar", u"calendar"},
-    {u"checkmark", u"checkmark"},
-    {u"checkmark.square", u"checkmark-square"},
-    {u"clock", u"clock"},
-    {u"folder", u"folder"},
-    {u"music.note", u"music-note"},
-    {u"nosign", u"nosign"},
-    {u"play", u"play"},
-    {u"plus", u"plus"},
-    {u"repeat", u"repeat"},
-    {u"sidebar.left", u"sidebar-left"},
-    {u"square", u"square"},
-    {u"square.and.pencil", u"square-and-pencil"},
-    {u"stop.fill", u"stop-fill"},
-    {u"trash", u"trash"},
-    {u"xmark", u"xmark"},
-}};
-
-QString pathOf(const QString &name)
-{
-    for (const auto &[symbol, file] : files) {
-        if (symbol == name)
-            return Resources::ofApplication().path(u"icons/%1"_s.arg(file), u"svg"_s).value_or(QString());
-    }
-    return {};
-}
+// What the paths are made for.
+constexpr qreal gridSize = 16;
+constexpr qreal penWidth = 1.5;
 
 void reportMissing(const QString &name)
 {
@@ -59,15 +33,22 @@ QPixmap render(const QString &name, const QColor &color, QSize deviceSize)
 {
     QPixmap pixmap(deviceSize);
     pixmap.fill(Qt::transparent);
-    QSvgRenderer renderer;
-    if (const QString path = pathOf(name); path.isEmpty() || !renderer.load(path)) {
+    const std::optional<QPainterPath> path = symbolPath(name);
+    if (!path) {
         reportMissing(name);
         return pixmap;
     }
     QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(deviceSize.width() / gridSize, deviceSize.height() / gridSize);
     if (name == u"sidebar.left"_s && QGuiApplication::isRightToLeft()) // the one that tells a side
-        painter.setTransform(QTransform(-1, 0, 0, 1, deviceSize.width(), 0));
-    renderer.render(&painter);
+        painter.setTransform(QTransform(-1, 0, 0, 1, gridSize, 0), true);
+    painter.setPen(QPen(Qt::black, penWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    if (name.endsWith(u".fill"))
+        painter.setBrush(Qt::black);
+    painter.drawPath(*path);
+    // The tint comes last: where lines cross, a translucent colour is no denser.
+    painter.resetTransform();
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(pixmap.rect(), color);
     return pixmap;

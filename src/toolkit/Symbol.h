@@ -6,8 +6,8 @@ class QPainter;
 
 /// The program's own icons, known by symbol names such as "square.and.pencil".
 ///
-/// They are drawn afresh for each size and pixel ratio, in one colour, and cached. A name without a file
-/// is an empty icon, and logged once: the text beside it, or its accessible name, still tells what it does.
+/// They are drawn for each size and pixel ratio, in one colour, and cached. An unknown name is an empty icon,
+/// and logged once: the text beside it, or its accessible name, still tells what it does.
 namespace Symbol {
 
 /// The symbol in `color`, or in that which texts on buttons have when it is drawn; disabled controls show it
