@@ -65,14 +65,14 @@ void SoundFile::Free::operator()(AVCodecContext *context) const
     avcodec_free_context(&context);
 }
 
-void SoundFile::Free::operator()(AVFrame *frame) const
+void SoundFile::Free::operator()(AVFrame *audioFrame) const
 {
-    av_frame_free(&frame);
+    av_frame_free(&audioFrame);
 }
 
-void SoundFile::Free::operator()(AVPacket *packet) const
+void SoundFile::Free::operator()(AVPacket *audioPacket) const
 {
-    av_packet_free(&packet);
+    av_packet_free(&audioPacket);
 }
 
 std::unique_ptr<SoundFile> SoundFile::open(const QString &path, QString &error)

@@ -28,11 +28,11 @@ QString errorOf(const pa_context *context)
 
 } // namespace
 
-void SoundServer::Free::operator()(pa_context *context) const
+void SoundServer::Free::operator()(pa_context *pulseContext) const
 {
-    pa_context_set_state_callback(context, nullptr, nullptr);
-    pa_context_disconnect(context);
-    pa_context_unref(context);
+    pa_context_set_state_callback(pulseContext, nullptr, nullptr);
+    pa_context_disconnect(pulseContext);
+    pa_context_unref(pulseContext);
 }
 
 SoundServer::SoundServer(QByteArray address) : address(std::move(address))
