@@ -11,7 +11,7 @@ Resources::Resources(const QString &folder) : folder(QDir(folder).absolutePath()
 Resources Resources::ofApplication()
 {
     const QDir program(QCoreApplication::applicationDirPath());
-    const QString installed = program.filePath(u"../share/belfry"_s);
+    const QString installed = program.filePath(QStringLiteral(BELFRY_DATA_FOLDER));
     return Resources(QFileInfo(installed).isDir() ? installed : program.filePath(u"resources"_s));
 }
 

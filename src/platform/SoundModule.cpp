@@ -13,7 +13,7 @@ QString SoundModule::pathOfApplication()
 {
     const QString name = u"belfry-sound.so"_s;
     const QDir program(QCoreApplication::applicationDirPath());
-    const QString installed = program.filePath(u"../lib/belfry/modules/"_s + name);
+    const QString installed = program.filePath(QStringLiteral(BELFRY_MODULE_FOLDER "/") + name);
     return QFileInfo::exists(installed) ? installed : program.filePath(name);
 }
 

@@ -15,8 +15,8 @@ class SoundModule final
 public:
     explicit SoundModule(QString path);
 
-    /// The path of the running program's: in `../lib/belfry/modules` beside an installed one, else beside
-    /// the program.
+    /// The path of the running program's: in the folder of modules of an installed one, else beside the
+    /// program.
     static QString pathOfApplication();
 
     /// Loads the module if it has not been; takes some tens of milliseconds. Returns false, with the reason

@@ -448,7 +448,7 @@ private Q_SLOTS:
 
     void valgrind_findsNothingInAStartABellAndAQuit()
     {
-        if (!isLong() || qstrlen(BELFRY_SANITIZER_LIBRARY) > 0)
+        if (!isLong() || BELFRY_IS_SANITIZED)
             QSKIP("At length and without sanitizers only.");
         BelfryProcess belfry(server.address());
         prepare(belfry);
