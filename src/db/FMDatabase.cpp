@@ -58,12 +58,13 @@ int passRow(void *block, int count, char **texts, char **names)
 
 std::shared_ptr<FMDatabase> FMDatabase::databaseWithPath(const std::optional<QString> &path)
 {
-    return std::make_shared<FMDatabase>(path);
+    return std::shared_ptr<FMDatabase>(new FMDatabase(path));
 }
 
 FMDatabase::FMDatabase(const std::optional<QString> &path) : _databasePath(path)
 {
-    Q_ASSERT(sqlite3_threadsafe());
+    if (!sqlite3_threadsafe())
+        qFatal("SQLite is built without thread safety.");
 }
 
 FMDatabase::~FMDatabase()
@@ -91,6 +92,11 @@ int FMDatabase::lastErrorCode() const
 QString FMDatabase::lastErrorMessage() const
 {
     return QString::fromUtf8(sqlite3_errmsg(_db));
+}
+
+bool FMDatabase::lastErrorIsBusy() const
+{
+    return isBusy(lastErrorCode());
 }
 
 FMError FMDatabase::lastError() const

@@ -23,9 +23,9 @@ struct FMError
 
 /// One connection to one SQLite database file.
 ///
-/// Owned by a `std::shared_ptr`: its result sets keep it alive, while it only knows which of them are
-/// open. It is used from one thread. Failures come back as return values, with a line in the log, and
-/// leave the connection usable. While another connection locks the file, a call waits
+/// Owned by a `std::shared_ptr`, which databaseWithPath() makes: its result sets keep it alive, while it only
+/// knows which of them are open. It is used from one thread. Failures come back as return values, with a line
+/// in the log, and leave the connection usable. While another connection locks the file, a call waits
 /// maxBusyRetryTimeInterval() seconds for it at the most.
 class FMDatabase final : public std::enable_shared_from_this<FMDatabase>
 {
@@ -39,8 +39,6 @@ public:
     /// A closed connection to the file at `path`: no path is a database in memory, an empty one a
     /// temporary file.
     static std::shared_ptr<FMDatabase> databaseWithPath(const std::optional<QString> &path);
-    explicit FMDatabase(const std::optional<QString> &path = std::nullopt);
-
     /// Closes the connection.
     ~FMDatabase();
 
@@ -57,6 +55,8 @@ public:
     /// The outcome of SQLite's last call on the connection.
     int lastErrorCode() const;
     QString lastErrorMessage() const;
+    /// Whether that call gave up because another connection has locked the file.
+    bool lastErrorIsBusy() const;
     FMError lastError() const;
     /// The last error code under another description.
     FMError errorWithMessage(const QString &message) const;
@@ -89,20 +89,22 @@ public:
     /// there may be too many. An argument is absent (an invalid QVariant), the null marker (`nullptr`),
     /// a number, a QByteArray, a QDateTime or whatever has a text.
     ///
-    /// Returns the rows, or null when the connection is closed or in the midst of another query, when
+    /// Returns the rows, or null when the connection is closed or is preparing another query, when
     /// `sql` does not compile and when the arguments do not fit.
     std::shared_ptr<FMResultSet> executeQuery(const QString &sql, const QVariantList &arguments);
 
     /// Closes every result set of the connection that is still open.
     void closeOpenResultSets();
 
-    /// Hears from a result set that it has closed.
+    /// Called by a result set that has closed.
     void resultSetDidClose(FMResultSet *resultSet);
 
-    /// Logs that a query is being started within another.
+    /// Logs that a query is started while another one is being prepared.
     void warnInUse() const;
 
 private:
+    explicit FMDatabase(const std::optional<QString> &path);
+
     static int retryWhenBusy(void *connection, int count);
 
     QString description() const;

@@ -65,21 +65,16 @@ int FMResultSet::columnCount() const
 const FMResultSet::ColumnMap &FMResultSet::columnNameToIndexMap() const
 {
     if (_columnNameToIndexMap.isEmpty()) {
-        for (int i = 0, count = columnCount(); i < count; ++i) {
-            const QString name = QString::fromUtf8(sqlite3_column_name(handle(), i)).toLower();
-            _columnNameToIndexMap.removeIf([&name](const auto &column) { return column.first == name; });
-            _columnNameToIndexMap.append({name, i});
-        }
+        for (int i = 0, count = columnCount(); i < count; ++i)
+            _columnNameToIndexMap[QString::fromUtf8(sqlite3_column_name(handle(), i)).toLower()] = i;
     }
     return _columnNameToIndexMap;
 }
 
 int FMResultSet::columnIndexForName(const QString &name) const
 {
-    if (const int index = findColumn(name); index >= 0)
-        return index;
     const QString lowerCased = name.toLower();
-    const int index = findColumn(lowerCased);
+    const int index = columnNameToIndexMap().value(lowerCased, -1);
     if (index < 0)
         Log::write(u"Warning: I could not find the column named '%1'."_s.arg(lowerCased));
     return index;
@@ -173,18 +168,6 @@ void FMResultSet::close()
 sqlite3_stmt *FMResultSet::handle() const
 {
     return _statement ? _statement->statement() : nullptr;
-}
-
-int FMResultSet::findColumn(const QString &name) const
-{
-    // Each row is read in the same order: the next column is nearly always the one.
-    const ColumnMap &map = columnNameToIndexMap();
-    for (qsizetype tried = 0; tried < map.size(); ++tried) {
-        _lastFound = _lastFound + 1 < map.size() ? _lastFound + 1 : 0;
-        if (map[_lastFound].first == name)
-            return map[_lastFound].second;
-    }
-    return -1;
 }
 
 void FMResultSet::logStepFailure(int code) const

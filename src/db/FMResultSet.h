@@ -1,13 +1,12 @@
 #pragma once
 
 #include <QByteArray>
-#include <QList>
+#include <QHash>
 #include <QString>
 #include <QVariant>
 
 #include <memory>
 #include <optional>
-#include <utility>
 
 class FMDatabase;
 class FMStatement;
@@ -20,13 +19,15 @@ struct sqlite3_stmt;
 /// row, and read only while the last next() returned true. It holds no row itself, every read goes to
 /// SQLite. It keeps its connection alive and closes itself behind the last row; closed, it has no
 /// columns and no rows.
+///
+/// To read many rows, find the indices of the columns once: finding a column costs as much as reading it.
 class FMResultSet final
 {
     Q_DISABLE_COPY_MOVE(FMResultSet)
 
 public:
     /// Lower-cased names of columns with their indices, counted from 0.
-    using ColumnMap = QList<std::pair<QString, int>>;
+    using ColumnMap = QHash<QString, int>;
 
     /// A result set over `statement`, which must not be in use, of the connection `parentDB`. With
     /// `shouldAutoClose` the first step that yields no row closes it.
@@ -44,7 +45,7 @@ public:
 
     int columnCount() const;
 
-    /// The columns in their order; of those with the same name only the last.
+    /// All columns; of those with the same name the last.
     const ColumnMap &columnNameToIndexMap() const;
 
     /// The index of the column `name` in upper or lower case; -1, and a line in the log, when there is
@@ -88,13 +89,11 @@ private:
                 bool shouldAutoClose);
 
     sqlite3_stmt *handle() const;
-    int findColumn(const QString &name) const;
     bool hasColumn(int index) const { return index >= 0 && index < columnCount(); }
     void logStepFailure(int code) const;
     FMError stepError() const;
 
     mutable ColumnMap _columnNameToIndexMap;
-    mutable qsizetype _lastFound = -1;
     bool _shouldAutoClose;
     std::shared_ptr<FMDatabase> _parentDB;
     QString _query;

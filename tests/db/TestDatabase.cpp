@@ -119,15 +119,8 @@ private Q_SLOTS:
         };
         QCOMPARE(read({QVariant(), nullMarker, QByteArray()}),
                  u"std::nullptr_t , std::nullptr_t , std::nullptr_t "_s);
-        QCOMPARE(
-            read({QVariant::fromValue<signed char>(-128), QVariant::fromValue<char>(65),
-                  QVariant::fromValue<uchar>(255), QVariant::fromValue<short>(-32768),
-                  QVariant::fromValue<ushort>(65535), true}),
-            u"qlonglong -128, qlonglong 65, qlonglong 255, qlonglong -32768, qlonglong 65535, qlonglong 1"_s);
-        QCOMPARE(
-            read({-2147483647, 4294967295U, QVariant::fromValue(-9000000000L), QVariant::fromValue(~0UL)}),
-            u"qlonglong -2147483647, qlonglong 4294967295, qlonglong -9000000000, qlonglong -1"_s);
-        QCOMPARE(read({9223372036854775807LL, ~0ULL}), u"qlonglong 9223372036854775807, qlonglong -1"_s);
+        QCOMPARE(read({true, -2147483647, 4294967295U, ~0ULL}),
+                 u"qlonglong 1, qlonglong -2147483647, qlonglong 4294967295, qlonglong -1"_s);
         QCOMPARE(read({0.1F, 2.5, QDateTime::fromMSecsSinceEpoch(1500, Qt::UTC)}),
                  u"double 0.10000000149011612, double 2.5, double 1.5"_s);
         QCOMPARE(read({QByteArray("a\0b", 3)}), u"QByteArray a\0b"_s);
@@ -190,10 +183,8 @@ private Q_SLOTS:
         const std::weak_ptr<FMDatabase> connection = db;
         const auto rows = db->executeQuery(u"values (1), (2)"_s, {});
         db = nullptr;
-        QVERIFY(rows->next());
-        QVERIFY(connection.lock().get()->close());
-        QVERIFY(connection.expired());
-        QVERIFY(!rows->next());
+        QVERIFY(rows->next() && connection.lock().get()->close());
+        QVERIFY(connection.expired() && !rows->next());
     }
 
     void script_stopsAtTheFirstFailureOrWhereTheBlockSays()
@@ -222,7 +213,7 @@ private Q_SLOTS:
     {
         const auto file = openFile(), other = openFile();
         QVERIFY(file->executeStatements(u"create table t (a)"_s));
-        for (const double seconds : {2.0, 0.2, 0.0}) {
+        for (const double seconds : {2.0, 0.0}) {
             if (seconds != file->maxBusyRetryTimeInterval())
                 file->setMaxBusyRetryTimeInterval(seconds);
             const auto rows = file->executeQuery(u"select * from t"_s, {});
