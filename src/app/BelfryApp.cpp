@@ -14,6 +14,7 @@ BelfryApp::BelfryApp()
     : planStore(SQLiteHelper::shared().db())
     , holidayStore(SQLiteHelper::shared().db())
     , historyStore(SQLiteHelper::shared().db(), clock)
+    , loadRetry(*SQLiteHelper::shared().db(), planStore, holidayStore, historyStore)
     , avplayer([this](const QString &path, QString &error) { return sound.makePlayer(path, error); },
                resources)
     , window({appStore, planStore, holidayStore, historyStore, avplayer, clock, resources})

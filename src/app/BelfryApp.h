@@ -8,13 +8,14 @@
 #include "platform/SoundModule.h"
 #include "store/HistoryStore.h"
 #include "store/HolidayStore.h"
+#include "store/LoadRetry.h"
 #include "store/PlanStore.h"
 #include "ui/ContentView.h"
 
 /// The running application: makes the shared objects, in the order of its members, and the main window.
 ///
 /// The first store to be made brings the database file into being. A database that cannot be read
-/// leaves the lists empty; start-up goes on.
+/// leaves the lists empty; start-up goes on. One that is locked is read when it is free.
 class BelfryApp final
 {
     Q_DISABLE_COPY_MOVE(BelfryApp)
@@ -38,6 +39,7 @@ private:
     PlanStore planStore;
     HolidayStore holidayStore;
     HistoryStore historyStore;
+    LoadRetry loadRetry;
     AVPlayer avplayer;
 
     ContentView window;

@@ -11,6 +11,16 @@ namespace {
 // Stands in memory for the NULL that the table holds until the playback is finished.
 const QString unfinished = u"------"_s;
 
+const QStringList columns{u"id"_s, u"title"_s, u"begin"_s, u"end"_s};
+
+History historyOf(const Records::Row &row)
+{
+    return {.id = row.text(0),
+            .title = row.text(1),
+            .begin = row.text(2),
+            .end = row.optionalText(3).value_or(unfinished)};
+}
+
 QString insertStatement(const History &history)
 {
     const QString separator = u"',\n        '"_s;
@@ -20,7 +30,7 @@ QString insertStatement(const History &history)
            "        begin\n"
            "       ) values (\n"
            "        '"_s +
-           history.id + separator + Records::quoted(history.title) + separator + history.begin +
+           history.id + separator + Records::escaped(history.title) + separator + history.begin +
            u"'\n       )"_s;
 }
 
@@ -86,12 +96,6 @@ void HistoryStore::toggleChecked(const History &history)
 
 void HistoryStore::loadHistory()
 {
-    QList<History> loaded;
-    Records::load(*db, u"select *\nfrom history\norder by begin desc"_s, [&loaded](FMResultSet &row) {
-        loaded.append({.id = Records::text(row, u"id"_s),
-                       .title = Records::text(row, u"title"_s),
-                       .begin = Records::text(row, u"begin"_s),
-                       .end = row.stringForColumn(u"end"_s).value_or(unfinished)});
-    });
-    historys = loaded;
+    state = Records::load(*db, u"select *\nfrom history\norder by begin desc"_s, columns, historys,
+                          {&History::isChecked}, historyOf);
 }

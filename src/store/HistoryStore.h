@@ -2,6 +2,7 @@
 
 #include "platform/ObservableObject.h"
 #include "store/History.h"
+#include "store/LoadState.h"
 
 #include <QList>
 
@@ -13,8 +14,7 @@ class FMDatabase;
 /// The log of today's playbacks, in memory for the screens and in the table `history`.
 ///
 /// Around one playback the callers use addHistory() when it starts, deleteOldHistory() right after it,
-/// and finishHistory() when it stops. The table is read once, at creation; a failed write leaves the
-/// list as it was.
+/// and finishHistory() when it stops. The table is read once; a failed write leaves the list as it was.
 class HistoryStore final : public ObservableObject
 {
     Q_OBJECT
@@ -28,6 +28,13 @@ public:
 
     /// The id of the entry of the playback in progress; empty when there is none.
     Published<QString> curId{this};
+
+    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
+    /// (see LoadRetry).
+    void loadHistory();
+
+    /// What became of the last attempt to read the table.
+    LoadState loadState() const { return state; }
 
     /// Starts an entry that begins now and makes it the current one. The entry before it is not
     /// finished. When the database refuses it, `curId` names no entry.
@@ -46,8 +53,7 @@ public:
     void toggleChecked(const History &history);
 
 private:
-    void loadHistory();
-
     std::shared_ptr<FMDatabase> db;
+    LoadState state = LoadState::Failed;
     const Clock &clock;
 };

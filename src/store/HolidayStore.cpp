@@ -6,6 +6,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QStringList columns{u"id"_s, u"title"_s, u"begin"_s, u"end"_s};
+
+Holiday holidayOf(const Records::Row &row)
+{
+    return {.id = row.text(0), .title = row.text(1), .begin = row.text(2), .end = row.text(3)};
+}
+
 QString insertStatement(const Holiday &holiday)
 {
     const QString separator = u"',\n        '"_s;
@@ -16,13 +23,13 @@ QString insertStatement(const Holiday &holiday)
            "        end\n"
            "       ) values (\n"
            "        '"_s +
-           holiday.id + separator + Records::quoted(holiday.title) + separator + holiday.begin + separator +
+           holiday.id + separator + Records::escaped(holiday.title) + separator + holiday.begin + separator +
            holiday.end + u"'\n      )"_s;
 }
 
 QString updateStatement(const Holiday &holiday)
 {
-    return u"update holiday set\n         title   ='"_s + Records::quoted(holiday.title) +
+    return u"update holiday set\n         title   ='"_s + Records::escaped(holiday.title) +
            u"',\n         begin   ='"_s + holiday.begin + u"',\n         end     ='"_s + holiday.end +
            u"'\nwhere id = '"_s + holiday.id + u'\'';
 }
@@ -58,12 +65,6 @@ void HolidayStore::toggleChecked(const Holiday &holiday)
 
 void HolidayStore::loadHolidays()
 {
-    QList<Holiday> loaded;
-    Records::load(*db, u"select *\nfrom holiday\norder by begin"_s, [&loaded](FMResultSet &row) {
-        loaded.append({.id = Records::text(row, u"id"_s),
-                       .title = Records::text(row, u"title"_s),
-                       .begin = Records::text(row, u"begin"_s),
-                       .end = Records::text(row, u"end"_s)});
-    });
-    holidays = loaded;
+    state = Records::load(*db, u"select *\nfrom holiday\norder by begin"_s, columns, holidays,
+                          {&Holiday::isChecked}, holidayOf);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/ObservableObject.h"
 #include "store/Holiday.h"
+#include "store/LoadState.h"
 
 #include <QList>
 
@@ -11,8 +12,8 @@ class FMDatabase;
 
 /// All holidays, in memory for the screens and the scheduler and in the table `holiday`.
 ///
-/// The table is read once, at creation. Afterwards each operation writes it first and changes the list
-/// only when that succeeded. A database that cannot be read leaves the list empty.
+/// The table is read once. Afterwards each operation writes it first and changes the list only when that
+/// succeeded. A database that cannot be read leaves the list empty.
 class HolidayStore final : public ObservableObject
 {
     Q_OBJECT
@@ -26,6 +27,13 @@ public:
 
     /// The editor for a new holiday is shown. Belongs to the screens.
     Published<bool> showHolidayEdit{this, false};
+
+    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
+    /// (see LoadRetry).
+    void loadHolidays();
+
+    /// What became of the last attempt to read the table.
+    LoadState loadState() const { return state; }
 
     /// Stores a new holiday. Returns false, with nothing changed, when the database refuses it.
     bool addHoliday(const Holiday &holiday);
@@ -41,7 +49,6 @@ public:
     void toggleChecked(const Holiday &holiday);
 
 private:
-    void loadHolidays();
-
     std::shared_ptr<FMDatabase> db;
+    LoadState state = LoadState::Failed;
 };

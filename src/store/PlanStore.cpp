@@ -24,30 +24,32 @@ QString flagText(bool flag)
     return flag ? u"true"_s : u"false"_s;
 }
 
-bool isTrue(const QVariant &value)
+QStringList columnNames()
 {
-    const bool isText = value.typeId() == QMetaType::QString;
-    return isText && *static_cast<const QString *>(value.constData()) == "true"_L1;
+    QStringList names{u"id"_s, u"title"_s, u"begin"_s, u"end"_s, u"music"_s, u"content"_s};
+    for (const auto &[flag, column] : flags)
+        names += column;
+    return names;
 }
 
-Plan planOf(FMResultSet &row)
+Plan planOf(const Records::Row &row)
 {
-    Plan plan;
-    plan.id = Records::text(row, u"id"_s);
-    plan.title = Records::text(row, u"title"_s);
-    plan.begin = Records::text(row, u"begin"_s);
-    plan.end = Records::text(row, u"end"_s);
-    plan.music = Records::text(row, u"music"_s);
-    plan.content = Records::text(row, u"content"_s);
+    Plan plan{.id = row.text(0),
+              .title = row.text(1),
+              .begin = row.text(2),
+              .end = row.text(3),
+              .music = row.text(4),
+              .content = row.text(5)};
+    qsizetype index = 6;
     for (const auto &[flag, column] : flags)
-        plan.*flag = isTrue(row[column]);
+        plan.*flag = row.text(index++) == "true"_L1;
     return plan;
 }
 
 QString insertStatement(const Plan &plan)
 {
-    QStringList values{plan.id,  Records::quoted(plan.title), plan.begin,
-                       plan.end, Records::quoted(plan.music), Records::quoted(plan.content)};
+    QStringList values{plan.id,  Records::escaped(plan.title), plan.begin,
+                       plan.end, Records::escaped(plan.music), Records::escaped(plan.content)};
     for (const auto &[flag, column] : flags)
         values += flagText(plan.*flag);
     return u"         insert into plan(\n"
@@ -76,10 +78,10 @@ QString updateStatement(const Plan &plan)
     const auto assignment = [](const QString &column, const QString &value) {
         return u"         "_s + column.leftJustified(8) + u"='"_s + value + u'\'';
     };
-    QStringList assignments{assignment(u"title"_s, Records::quoted(plan.title)),
+    QStringList assignments{assignment(u"title"_s, Records::escaped(plan.title)),
                             assignment(u"begin"_s, plan.begin), assignment(u"end"_s, plan.end),
-                            assignment(u"music"_s, Records::quoted(plan.music)),
-                            assignment(u"content"_s, Records::quoted(plan.content))};
+                            assignment(u"music"_s, Records::escaped(plan.music)),
+                            assignment(u"content"_s, Records::escaped(plan.content))};
     for (const auto &[flag, column] : flags)
         assignments += assignment(column, flagText(plan.*flag));
     return u"update plan set\n"_s + assignments.join(u",\n"_s) + u"\nwhere id = '"_s + plan.id + u'\'';
@@ -124,8 +126,6 @@ void PlanStore::toggleChecked(const Plan &plan)
 
 void PlanStore::loadPlans()
 {
-    QList<Plan> loaded;
-    Records::load(*db, u"select *\nfrom plan\norder by begin"_s,
-                  [&loaded](FMResultSet &row) { loaded.append(planOf(row)); });
-    plans = loaded;
+    state = Records::load(*db, u"select *\nfrom plan\norder by begin"_s, columnNames(), plans,
+                          {&Plan::isChecked, &Plan::isPlaying}, planOf);
 }

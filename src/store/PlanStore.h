@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ObservableObject.h"
+#include "store/LoadState.h"
 #include "store/Plan.h"
 
 #include <QList>
@@ -11,8 +12,8 @@ class FMDatabase;
 
 /// The timetable: all plans, in memory for the screens and the scheduler and in the table `plan`.
 ///
-/// The table is read once, at creation. Afterwards each operation writes it first and changes the list
-/// only when that succeeded. A database that cannot be read leaves the list empty.
+/// The table is read once. Afterwards each operation writes it first and changes the list only when that
+/// succeeded. A database that cannot be read leaves the list empty.
 class PlanStore final : public ObservableObject
 {
     Q_OBJECT
@@ -26,6 +27,13 @@ public:
 
     /// The editor for a new plan is shown. Belongs to the screens.
     Published<bool> showPlanEdit{this, false};
+
+    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
+    /// (see LoadRetry).
+    void loadPlans();
+
+    /// What became of the last attempt to read the table.
+    LoadState loadState() const { return state; }
 
     /// Stores a new plan. Returns false, with nothing changed, when the database refuses it.
     bool addPlan(const Plan &plan);
@@ -44,7 +52,6 @@ public:
     void toggleChecked(const Plan &plan);
 
 private:
-    void loadPlans();
-
     std::shared_ptr<FMDatabase> db;
+    LoadState state = LoadState::Failed;
 };
