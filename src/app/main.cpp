@@ -3,6 +3,7 @@
 #include "platform/MessageBus.h"
 #include "platform/Resources.h"
 #include "platform/SingleInstance.h"
+#include "store/SQLiteHelper.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -54,6 +55,8 @@ int main(int argc, char *argv[])
     SingleInstance instance; // before the timetable is touched
     if (!instance.claim(hasBus))
         return EXIT_SUCCESS;
+    if (SQLiteHelper::shared().dbURL().isEmpty())
+        return EXIT_FAILURE;
     QApplication::setWindowIcon(windowIcon());
 
     BelfryApp belfry;

@@ -6,11 +6,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QStandardPaths>
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <filesystem>
 
 using namespace Qt::StringLiterals;
 
@@ -22,12 +21,6 @@ QString userDocuments()
     const QString given = qEnvironmentVariable("XDG_DOCUMENTS_DIR");
     return QDir::isAbsolutePath(given) ? QDir::cleanPath(given)
                                        : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-}
-
-// Also true for a link to nothing: copying over it would fail, and SQLite follows it.
-bool somethingLiesAt(const QString &path)
-{
-    return QFileInfo::exists(path) || QFileInfo(path).isSymLink();
 }
 
 } // namespace
@@ -48,8 +41,8 @@ QString SQLiteHelper::dbURL()
 {
     if (!url) {
         url = QDir(documentsPath).filePath(dbName);
-        if (!somethingLiesAt(*url))
-            prepare(*url);
+        if (!QFileInfo::exists(*url) && !installTemplate(*url))
+            url = QString();
     }
     return *url;
 }
@@ -61,20 +54,28 @@ std::shared_ptr<FMDatabase> SQLiteHelper::db()
     return connection;
 }
 
-void SQLiteHelper::prepare(const QString &path) const
+bool SQLiteHelper::installTemplate(const QString &path) const
 {
     Log::print(u"数据库不存在："_s + path);
-    if (!QFileInfo::exists(documentsPath) && !QDir().mkpath(documentsPath))
-        Log::print(u"创建Document下的软件目录出错："_s + QString::fromLocal8Bit(std::strerror(errno)));
+    std::error_code error;
+    if (!QFileInfo::exists(documentsPath))
+        std::filesystem::create_directories(QFile::encodeName(documentsPath).toStdString(), error);
+    if (error)
+        Log::print(u"创建Document下的软件目录出错："_s + QString::fromStdString(error.message()));
     const auto bundleDbPath = resources.path(u"data"_s, u"db"_s);
     if (!bundleDbPath) {
         Log::write(u"The template database data.db is missing among the program's resources."_s);
-        std::exit(EXIT_FAILURE);
+        return false;
     }
     Log::print(u"bundleDbPath = "_s + *bundleDbPath);
     QFile bundleDb(*bundleDbPath);
-    if (!bundleDb.copy(path))
-        return Log::print(bundleDb.errorString());
-    // The copy has the template's permissions, and an installed template may be read-only.
-    QFile::setPermissions(path, QFile::permissions(path) | QFile::ReadOwner | QFile::WriteOwner);
+    if (!bundleDb.open(QIODevice::ReadOnly)) {
+        Log::print(bundleDb.errorString());
+        return true;
+    }
+    // Whole or not at all, and where a link at `path` points to.
+    QSaveFile copy(path);
+    if (!copy.open(QIODevice::WriteOnly) || copy.write(bundleDb.readAll()) < 0 || !copy.commit())
+        Log::print(copy.errorString());
+    return true;
 }

@@ -24,16 +24,18 @@ public:
     const QString dbName;
 
     /// The path of the database file: `dbName` in the documents folder. The first call makes that folder
-    /// and copies the template when nothing lies at the path, and says so on standard output. Nothing but
-    /// a missing template (the program is not installed whole) keeps it from giving the path: then it
-    /// logs that and ends the process, for an empty file in its place would never be mended.
+    /// and copies the template when no file exists at the path, and says so on standard output; a failure
+    /// costs a line there.
+    ///
+    /// Empty, with a line in the log, when there is no file and the template is missing: the program is not
+    /// installed completely and must end, because SQLite would create an empty file that stays.
     QString dbURL();
 
     /// The connection, not opened yet at the first call.
     std::shared_ptr<FMDatabase> db();
 
 private:
-    void prepare(const QString &path) const;
+    bool installTemplate(const QString &path) const;
 
     const QString documentsPath;
     const Resources resources;

@@ -2,14 +2,11 @@
 
 #include "store/PlanStore.h"
 #include "support/LogCapture.h"
+#include "support/StandardOutput.h"
 
 #include <QDir>
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QTest>
-
-#include <functional>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,19 +22,6 @@ void write(const QString &path, const QByteArray &content)
 {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
-
-// The lines that `action` prints.
-QStringList printedBy(const std::function<void()> &action)
-{
-    QTemporaryFile file;
-    const int before = ::dup(STDOUT_FILENO);
-    if (file.open())
-        ::dup2(file.handle(), STDOUT_FILENO);
-    action();
-    ::dup2(before, STDOUT_FILENO);
-    ::close(before);
-    return QString::fromUtf8(contentOf(file.fileName())).split(u'\n', Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -80,6 +64,25 @@ private Q_SLOTS:
         SQLiteHelper later(documents, resources);
         QCOMPARE(printedBy([&later] { later.dbURL(); }), QStringList());
         QVERIFY(PlanStore(later.db()).plans->isEmpty());
+    }
+
+    void aLinkToNothing_isFollowed()
+    {
+        QVERIFY(QFile::link(u"later/bells.db"_s, folder->filePath(u"data.db"_s)));
+        SQLiteHelper(folder->path(), resources).dbURL();
+        QVERIFY(QDir(folder->path()).mkdir(u"later"_s));
+        SQLiteHelper helper(folder->path(), resources);
+        QCOMPARE(printedBy([&helper] { helper.dbURL(); }).size(), 2);
+        QCOMPARE(PlanStore(helper.db()).plans->size(), 1);
+        QVERIFY(QFileInfo(helper.dbURL()).isSymLink() &&
+                QFile::exists(folder->filePath(u"later/bells.db"_s)));
+    }
+
+    void aMissingTemplate_givesNoPath()
+    {
+        const LogCapture log;
+        QVERIFY(SQLiteHelper(folder->path(), Resources(folder->path())).dbURL().isEmpty());
+        QCOMPARE(log.lines().size(), 1);
     }
 
     void aFolderThatCannotBeMade_isReported()
