@@ -1,6 +1,7 @@
 #include "core/AVPlayer.h"
 
 #include "support/FakePlayer.h"
+#include "support/StandardOutput.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -8,7 +9,6 @@
 #include <QTest>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -57,7 +57,7 @@ private Q_SLOTS:
         player.play(makeFile(u"a.wav"_s), false);
         const auto playing = player.player.value();
         QCOMPARE(stage.sounding, playing.get());
-        player.play(makeFile(u"broken.wav"_s), false);
+        QCOMPARE(printedBy([this] { player.play(makeFile(u"broken.wav"_s), false); }), {u"错误: no audio"_s});
         QCOMPARE(changes.size(), 1);
         QCOMPARE(player.player.value(), playing);
         QVERIFY(playing->isPlaying());

@@ -1,11 +1,13 @@
 #include "store/HistoryStore.h"
 #include "store/HolidayStore.h"
+#include "store/LoadRetry.h"
 #include "store/PlanStore.h"
 
 #include "support/LogCapture.h"
 #include "support/SetClock.h"
 #include "support/TemplateDatabase.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -28,12 +30,18 @@ Plan planAt(const QString &id, const QString &begin)
     return {.id = id, .title = u"t"_s, .begin = begin, .end = begin, .music = u"m"_s, .content = u"c"_s};
 }
 
-// Makes the database refuse writes of one kind to one row.
-void refuse(const TemplateDatabase &base, const QString &event, const QString &table, const QString &id)
+// Makes the database refuse writes of one kind, to rows for which `condition` holds.
+void refuse(const TemplateDatabase &base, const QString &event, const QString &condition = u"true"_s)
 {
-    base.run(
-        u"create trigger refuse before %1 on %2 when %3.id = '%4' begin select raise(abort, 'refused'); end"_s
-            .arg(event, table, event == u"insert"_s ? u"new"_s : u"old"_s, id));
+    base.run(u"create trigger \"%1\" before %1 when %2 begin select raise(abort, 'refused'); end"_s.arg(
+        event, condition));
+}
+
+// Another program that locks the file.
+std::shared_ptr<FMDatabase> lock(const TemplateDatabase &base)
+{
+    auto other = FMDatabase::databaseWithPath(base.path());
+    return other->open() && other->executeStatements(u"begin exclusive"_s) ? other : nullptr;
 }
 
 } // namespace
@@ -84,10 +92,16 @@ private Q_SLOTS:
         PlanStore store(base.db);
         for (const auto &begin : {u"09:00"_s, u"07:00"_s, u"08:00"_s, u"22:00"_s})
             store.addPlan(planAt(begin, begin));
-        store.addPlan(planAt(u"after its equal"_s, u"07:00"_s));
-        QCOMPARE(ids(store.plans.value()).join(u' '), u"07:00 after its equal 08:00 09:00 22:00"_s);
+        QStringList ordered{u"07:00"_s, u"08:00"_s, u"09:00"_s, u"22:00"_s};
+        for (int i = 30; i > 10; --i) {
+            store.addPlan(planAt(QString::number(i), u"07:00"_s));
+            ordered.insert(31 - i, QString::number(i));
+        }
+        QCOMPARE(ids(store.plans.value()), ordered);
         store.updatePlan(planAt(u"07:00"_s, u"23:59"_s));
-        QCOMPARE(ids(store.plans.value()).join(u' '), u"after its equal 08:00 09:00 22:00 07:00"_s);
+        ordered.append(ordered.takeFirst());
+        QCOMPARE(ids(store.plans.value()), ordered);
+        QCOMPARE(ids(PlanStore(base.db).plans.value()), ordered);
     }
 
     void updatePlan_keepsTheMarks_andARefusedOneChangesNothing()
@@ -101,10 +115,12 @@ private Q_SLOTS:
         const QList<Plan> plans = store.plans;
         QVERIFY(plans.first().isPlaying && plans.first().isChecked && plans.first().begin == u"09:00"_s);
 
-        refuse(base, u"update"_s, u"plan"_s, u"a"_s);
+        refuse(base, u"update on plan"_s);
         const LogCapture log;
         QVERIFY(!store.updatePlan(planAt(u"a"_s, u"10:00"_s)));
         QVERIFY(!store.addPlan(planAt(u"a"_s, u"10:00"_s)));
+        // SQLite would take such a statement for one that ends there.
+        QVERIFY(!store.addPlan(planAt(QString(QChar(u'\0')), u"10:00"_s)));
         QCOMPARE(store.plans.value(), plans);
     }
 
@@ -116,7 +132,7 @@ private Q_SLOTS:
             store.addPlan(planAt(id, u"08:00"_s));
         for (const int index : {0, 2, 3})
             store.toggleChecked(store.plans->at(index));
-        refuse(base, u"delete"_s, u"plan"_s, u"2"_s);
+        refuse(base, u"delete on plan"_s, u"old.id = '2'"_s);
         LogCapture log;
         store.deleteCheckedPlans();
         QCOMPARE(ids(store.plans.value()), (QStringList{u"1"_s, u"2"_s, u"4"_s}));
@@ -131,6 +147,7 @@ private Q_SLOTS:
         HistoryStore store(base.db, clock);
         store.addHistory(u"first"_s);
         store.addHistory(u"same second"_s);
+        QCOMPARE(store.historys->first().title, u"first"_s);
         clock.advance(1000);
         store.addHistory(awkward);
         const QString id = store.curId;
@@ -150,26 +167,122 @@ private Q_SLOTS:
         store.deleteOldHistory();
         QCOMPARE(ids(store.historys.value()), QStringList(id));
         QCOMPARE(base.rows(u"select id from history"_s), QStringList(id));
+        clock.advance(-3'600'000); // An entry of tomorrow is not one of today either.
+        store.deleteOldHistory();
+        QCOMPARE(store.historys->size() + base.rows(u"select id from history"_s).size(), 0);
     }
 
-    void finishHistory_keepsTheIdUntilItSucceeds()
+    void aRefusedHistory_leavesTheList_butTheIdIsThatOfThePlayback()
+    {
+        const TemplateDatabase base;
+        SetClock clock("2024-05-01 08:00:00");
+        HistoryStore store(base.db, clock);
+        store.addHistory(u"Bell"_s);
+        const QString id = store.curId;
+        const QList<History> before = store.historys;
+        for (const auto &event : {u"insert"_s, u"update"_s, u"delete"_s})
+            refuse(base, event + u" on history"_s);
+        LogCapture log;
+        store.finishHistory();
+        QCOMPARE(store.curId.value(), id);
+        clock.advance(86'400'000);
+        store.deleteOldHistory();
+        store.addHistory(u"Bell"_s);
+        QVERIFY(store.curId.value() != id);
+        QCOMPARE(store.historys.value(), before);
+    }
+
+    void theCurrentEntryDeleted_leavesItsId()
     {
         const TemplateDatabase base;
         const SetClock clock("2024-05-01 08:00:00");
         HistoryStore store(base.db, clock);
         store.addHistory(u"Bell"_s);
         const QString id = store.curId;
-        refuse(base, u"update"_s, u"history"_s, id);
-        LogCapture log;
-        store.finishHistory();
-        QCOMPARE(store.curId.value(), id);
-        QCOMPARE(store.historys->first().end, u"------"_s);
-
         store.toggleChecked(store.historys->first());
         store.deleteCheckedHistory();
         store.finishHistory();
         QVERIFY(store.historys->isEmpty());
         QCOMPARE(store.curId.value(), id);
+    }
+
+    // Values that the program itself never writes, in every column but the key.
+    void oddValues_areReadAsTextsOrEmpty()
+    {
+        for (const auto &[value, text] :
+             QList<std::pair<QString, QString>>{{u"9223372036854775807"_s, u"9223372036854775807"_s},
+                                                {u"0.5"_s, u"0.5"_s},
+                                                {u"null"_s, {}},
+                                                {u"x'e28899'"_s, u"∙"_s},
+                                                {u"cast(x'41ff' as text)"_s, {}},
+                                                {u"'a'||char(0)"_s, u"a"_s},
+                                                {u"'True'"_s, u"True"_s}}) {
+            const auto db = FMDatabase::databaseWithPath(std::nullopt);
+            QVERIFY(db->open());
+            for (const auto &table : {u"plan(id,title,begin,end,music,content,isloop,ismusic,week0,week1,"
+                                      "week2,week3,week4,week5,week6)"_s,
+                                      u"holiday(id,title,begin,end)"_s, u"history(id,title,begin,end)"_s})
+                QVERIFY(db->executeStatements(u"create table %1; insert into %2 values('1',%3)"_s.arg(
+                    table, table.section(u'(', 0, 0), QStringList(table.count(u','), value).join(u','))));
+            QCOMPARE(PlanStore(db).plans.value(), (QList<Plan>{{.id = u"1"_s,
+                                                                .title = text,
+                                                                .begin = text,
+                                                                .end = text,
+                                                                .music = text,
+                                                                .content = text}}));
+            QCOMPARE(HolidayStore(db).holidays.value(),
+                     (QList<Holiday>{{.id = u"1"_s, .title = text, .begin = text, .end = text}}));
+            QCOMPARE(HistoryStore(db, SetClock("2026-03-02 08:00:00")).historys->first().end,
+                     text.isEmpty() ? u"------"_s : text);
+        }
+    }
+
+    void aLockedFile_isWaitedForOnce_andReadWhenItIsFree()
+    {
+        const TemplateDatabase base;
+        const SetClock clock("2024-05-01 08:00:00");
+        PlanStore(base.db).addPlan(planAt(u"stored"_s, u"08:00"_s));
+        HolidayStore(base.db).addHoliday({.id = u"1"_s});
+        HistoryStore(base.db, clock).addHistory(u"Bell"_s);
+        const auto other = lock(base);
+        const LogCapture log;
+        const auto db = FMDatabase::databaseWithPath(base.path());
+        db->setMaxBusyRetryTimeInterval(1);
+        QElapsedTimer waited;
+        waited.start();
+        PlanStore plans(db);
+        HolidayStore holidays(db);
+        HistoryStore history(db, clock);
+        for (int i = 0; i < 7; ++i)
+            HolidayStore{db};
+        QVERIFY(waited.elapsed() >= 1000 && waited.elapsed() < 5000);
+        const LoadRetry retry(*db, plans, holidays, history);
+        QVERIFY(other->executeStatements(u"commit"_s));
+        QVERIFY(plans.addPlan(planAt(u"added"_s, u"07:00"_s)));
+        plans.togglePlaying(plans.plans->first());
+        QTRY_COMPARE(ids(plans.plans.value()), (QStringList{u"added"_s, u"stored"_s}));
+        QVERIFY(plans.plans->first().isPlaying);
+        QCOMPARE(holidays.holidays->size() + history.historys->size(), 2);
+        QCOMPARE(db->maxBusyRetryTimeInterval(), 1.0);
+    }
+
+    void aDeletionFromALockedFile_waitsOnce_andKeepsAll()
+    {
+        const TemplateDatabase base;
+        PlanStore store(base.db);
+        for (int i = 0; i < 10; ++i)
+            store.addPlan({.isChecked = true, .id = QString::number(i)});
+        const auto other = lock(base);
+        const LogCapture log;
+        base.db->setMaxBusyRetryTimeInterval(1);
+        QElapsedTimer waited;
+        waited.start();
+        store.deleteCheckedPlans();
+        QVERIFY(waited.elapsed() >= 1000 && waited.elapsed() < 5000);
+        QVERIFY(other->executeStatements(u"commit"_s));
+        store.deleteCheckedPlans();
+        QVERIFY(store.plans->isEmpty() && base.rows(u"select id from plan"_s).isEmpty());
+        QCOMPARE(log.lines().size(), 10);
     }
 };
 
