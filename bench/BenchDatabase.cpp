@@ -1,9 +1,8 @@
 // The database layer against SQLite's bare C interface, QtSql and SQLiteCpp doing the same work, in one run:
-// reading all rows of a plan table as texts, column by column, and writing plans one script each. The stores
-// find their columns by name; the bare interface has no names.
+// reading all rows of a plan table as texts, column by column, and writing plans one script each. All read by
+// index; the stores find the indices by name, once a query.
 
-#include "db/FMDatabase.h"
-#include "db/FMResultSet.h"
+#include "store/Records.h"
 
 #include <QCoreApplication>
 #include <QSqlDatabase>
@@ -15,7 +14,6 @@
 #include <array>
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -25,19 +23,9 @@ constexpr int readRows = 100000;
 constexpr int writtenRows = 1000;
 const QString readPlans = u"select * from plan order by begin"_s;
 
-constexpr std::array columnNames = {"id",      "title",  "begin",   "end",   "music",
-                                    "content", "isloop", "ismusic", "week0", "week1",
-                                    "week2",   "week3",  "week4",   "week5", "week6"};
-
-std::vector<QString> namesForQt()
-{
-    std::vector<QString> names;
-    for (const char *name : columnNames)
-        names.push_back(QString::fromLatin1(name));
-    return names;
-}
-
-const std::vector<QString> qtNames = namesForQt();
+const QStringList columnNames{u"id"_s,      u"title"_s,  u"begin"_s,   u"end"_s,   u"music"_s,
+                              u"content"_s, u"isloop"_s, u"ismusic"_s, u"week0"_s, u"week1"_s,
+                              u"week2"_s,   u"week3"_s,  u"week4"_s,   u"week5"_s, u"week6"_s};
 constexpr std::array indices = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
 
 QString insertPlan(int number)
@@ -52,7 +40,7 @@ QString insertPlan(int number)
 
 QString createTable()
 {
-    return u"create table plan (%1 text)"_s.arg(QStringList(qtNames.begin(), qtNames.end()).join(u" text, "));
+    return u"create table plan (%1 text)"_s.arg(columnNames.join(u" text, "));
 }
 
 // Has `run` execute the statements that make a table of so many plans.
@@ -106,39 +94,14 @@ SQLite::Database &readCppDatabase()
     return *db;
 }
 
-std::optional<QString> text(const FMResultSet &rows, const QString &name)
+// The code that the stores read their tables with.
+void readStores(benchmark::State &state)
 {
-    return rows.stringForColumn(name);
-}
-
-std::optional<QString> text(const FMResultSet &rows, int index)
-{
-    return rows.stringForColumnIndex(index);
-}
-
-// `columns` are the names or the indices of the columns, as the library takes them.
-template<typename Columns>
-void readLayer(benchmark::State &state, const Columns &columns)
-{
-    FMDatabase &db = readDatabase();
     for (auto _ : state) {
-        const auto rows = db.executeQuery(readPlans, {});
-        while (rows->next()) {
-            for (const auto &column : columns)
-                benchmark::DoNotOptimize(text(*rows, column));
-        }
-    }
-}
-
-void readLayerValues(benchmark::State &state)
-{
-    FMDatabase &db = readDatabase();
-    for (auto _ : state) {
-        const auto rows = db.executeQuery(readPlans, {});
-        while (rows->next()) {
-            for (const QString &name : qtNames)
-                benchmark::DoNotOptimize((*rows)[name].toString());
-        }
+        Records::readRows(readDatabase(), readPlans, columnNames, [](const Records::Row &row) {
+            for (const int column : indices)
+                benchmark::DoNotOptimize(row.text(column));
+        });
     }
 }
 
@@ -158,8 +121,7 @@ void readBare(benchmark::State &state)
     }
 }
 
-template<typename Columns>
-void readQtSql(benchmark::State &state, const Columns &columns)
+void readQtSql(benchmark::State &state)
 {
     const QSqlDatabase &db = readSqlDatabase();
     for (auto _ : state) {
@@ -167,20 +129,19 @@ void readQtSql(benchmark::State &state, const Columns &columns)
         rows.setForwardOnly(true);
         rows.exec(readPlans);
         while (rows.next()) {
-            for (const auto &column : columns)
+            for (const int column : indices)
                 benchmark::DoNotOptimize(rows.value(column).toString());
         }
     }
 }
 
-template<typename Columns>
-void readSQLiteCpp(benchmark::State &state, const Columns &columns)
+void readSQLiteCpp(benchmark::State &state)
 {
     SQLite::Database &db = readCppDatabase();
     for (auto _ : state) {
         SQLite::Statement rows(db, readPlans.toStdString());
         while (rows.executeStep()) {
-            for (const auto &column : columns)
+            for (const int column : indices)
                 benchmark::DoNotOptimize(QString::fromUtf8(rows.getColumn(column).getText()));
         }
     }
@@ -233,13 +194,9 @@ void writeSQLiteCpp(benchmark::State &state)
 }
 
 BENCHMARK(readBare)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readLayer, name, qtNames)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readLayer, index, indices)->Unit(benchmark::kMillisecond);
-BENCHMARK(readLayerValues)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readQtSql, name, qtNames)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readQtSql, index, indices)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readSQLiteCpp, name, columnNames)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readSQLiteCpp, index, indices)->Unit(benchmark::kMillisecond);
+BENCHMARK(readStores)->Unit(benchmark::kMillisecond);
+BENCHMARK(readQtSql)->Unit(benchmark::kMillisecond);
+BENCHMARK(readSQLiteCpp)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeBare)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeLayer)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeQtSql)->Unit(benchmark::kMillisecond);
