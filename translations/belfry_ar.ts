@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ar" sourcelanguage="en">
 <context>
+    <name>BelfryApp</name>
+    <message>
+        <source>No Sound</source>
+        <translation>لا يوجد صوت</translation>
+    </message>
+    <message>
+        <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
+        <translation>لن تُسمع الأجراس: تعذّر تحميل جزء من Belfry. أعد تثبيت Belfry.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>موافق</translation>
+    </message>
+</context>
+<context>
     <name>ContentView</name>
     <message>
         <source>Toolbar</source>

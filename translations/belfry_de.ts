@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>BelfryApp</name>
+    <message>
+        <source>No Sound</source>
+        <translation>Kein Ton</translation>
+    </message>
+    <message>
+        <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
+        <translation>Alles bleibt stumm: Ein Teil von Belfry lässt sich nicht laden. Installieren Sie Belfry neu.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
     <name>ContentView</name>
     <message>
         <source>Toolbar</source>

@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="es" sourcelanguage="en">
 <context>
+    <name>BelfryApp</name>
+    <message>
+        <source>No Sound</source>
+        <translation>Sin sonido</translation>
+    </message>
+    <message>
+        <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
+        <translation>Los timbres no sonarán: no se puede cargar una parte de Belfry. Vuelva a instalar Belfry.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>Aceptar</translation>
+    </message>
+</context>
+<context>
     <name>ContentView</name>
     <message>
         <source>Toolbar</source>

@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="fr" sourcelanguage="en">
 <context>
+    <name>BelfryApp</name>
+    <message>
+        <source>No Sound</source>
+        <translation>Pas de son</translation>
+    </message>
+    <message>
+        <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
+        <translation>Les sonneries resteront muettes : une partie de Belfry ne peut pas être chargée. Réinstallez Belfry.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
     <name>ContentView</name>
     <message>
         <source>Toolbar</source>

@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en">
 <context>
+    <name>BelfryApp</name>
+    <message>
+        <source>No Sound</source>
+        <translation>没有声音</translation>
+    </message>
+    <message>
+        <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
+        <translation>铃声不会响起：Belfry 的一个组件无法加载。请重新安装 Belfry。</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>确定</translation>
+    </message>
+</context>
+<context>
     <name>ContentView</name>
     <message>
         <source>Toolbar</source>

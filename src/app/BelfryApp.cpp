@@ -3,6 +3,7 @@
 #include "platform/IdleInhibitor.h"
 #include "platform/Log.h"
 #include "store/SQLiteHelper.h"
+#include "toolkit/Alert.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -26,8 +27,12 @@ void BelfryApp::show()
     // When the window is there, so that neither it nor the first bell has to wait.
     QTimer::singleShot(1s, &window, [this] {
         QString error;
-        if (!sound.load(error))
+        if (!sound.load(error)) {
             Log::write(error);
+            Alert::show(&window, tr("No Sound"),
+                        tr("Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again."),
+                        {{tr("OK")}});
+        }
         new IdleInhibitor(&window);
     });
 }

@@ -112,6 +112,22 @@ private Q_SLOTS:
                  QStringList{u"NULL"_s});
         QCOMPARE(QDir(belfry.documents).entryList({u"data.db*"_s}), QStringList{u"data.db"_s});
     }
+
+    // A copy of the program beside which there is no module, as after half an upgrade.
+    void missingSoundModule_isSaidAtTheStartAndAtEachBell()
+    {
+        const QString program = belfry.home.filePath(u"bin/belfry"_s);
+        QVERIFY(QDir(belfry.home.path()).mkdir(u"bin"_s));
+        QVERIFY(QFile::copy(QStringLiteral(BELFRY_INSTALLED "/bin/belfry"), program));
+        QVERIFY(QFile::link(QStringLiteral(BELFRY_INSTALLED "/share"), belfry.home.filePath(u"share"_s)));
+        belfry.takeOutput();
+        belfry.clock.set(monday("07:59:57"));
+        QVERIFY(belfry.start({u"sh"_s, u"-c"_s, u"exec \"$1\" \"$2\" \"$0\""_s, program}));
+        QVERIFY(belfry.work({u"click|OK"_s}));
+        QVERIFY(belfry.waitUntil(monday("08:00:02")));
+        QVERIFY(belfry.takeOutput().startsWith(u"错误: "_s));
+        end();
+    }
 };
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
