@@ -289,6 +289,10 @@
         <source>Play</source>
         <translation>تشغيل</translation>
     </message>
+    <message>
+        <source>Progress</source>
+        <translation>التقدم</translation>
+    </message>
 </context>
 <context>
     <name>PlanView</name>

@@ -289,6 +289,10 @@
         <source>Play</source>
         <translation>Abspielen</translation>
     </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
 </context>
 <context>
     <name>PlanView</name>

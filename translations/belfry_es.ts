@@ -289,6 +289,10 @@
         <source>Play</source>
         <translation>Reproducir</translation>
     </message>
+    <message>
+        <source>Progress</source>
+        <translation>Progreso</translation>
+    </message>
 </context>
 <context>
     <name>PlanView</name>

@@ -289,6 +289,10 @@
         <source>Play</source>
         <translation>Lire</translation>
     </message>
+    <message>
+        <source>Progress</source>
+        <translation>Progression</translation>
+    </message>
 </context>
 <context>
     <name>PlanView</name>

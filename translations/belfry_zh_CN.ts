@@ -289,6 +289,10 @@
         <source>Play</source>
         <translation>播放</translation>
     </message>
+    <message>
+        <source>Progress</source>
+        <translation>进度</translation>
+    </message>
 </context>
 <context>
     <name>PlanView</name>

@@ -56,6 +56,7 @@ Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window()), but
 void Sheet::addRow(QWidget *row)
 {
     rows->insertWidget(rows->indexOf(buttons), row);
+    buttons->raise(); // assistive technology reads the rows in this order
 }
 
 QPushButton *Sheet::addButton(const QString &symbol, const QString &text)

@@ -73,6 +73,7 @@ QWidget *PlanItem::makePlaybackRow()
     layout->setSpacing(Style::spacing);
     currentTime = new ElidedLabel;
     progress = new LinearProgress;
+    progress->setAccessibleName(tr("Progress"));
     durationTime = new ElidedLabel;
     for (ElidedLabel *time : {currentTime, durationTime})
         time->setColor(Style::white);
