@@ -1,6 +1,7 @@
 #include "toolkit/CardGrid.h"
 
 #include "toolkit/Card.h"
+#include "toolkit/FocusRing.h"
 #include "toolkit/Style.h"
 #include "toolkit/TiltEffect.h"
 
@@ -141,7 +142,7 @@ void CardGrid::changeEvent(QEvent *event)
 bool CardGrid::event(QEvent *event)
 {
     const bool done = QAbstractScrollArea::event(event);
-    if (event->type() == QEvent::Paint && hasFocus()) {
+    if (event->type() == QEvent::Paint && FocusRing::isShownBy(this)) {
         QPainter painter(this);
         painter.setPen(QPen(Style::accent(Style::Accent::blue, palette()), focusFrame));
         painter.drawRect(viewport()->geometry().adjusted(-1, -1, 1, 1));

@@ -4,8 +4,11 @@
 
 class QWidget;
 
-/// Frames the button of its window that has the keyboard focus: styles mark push and tool buttons so faintly
-/// that it is easily overlooked. The window owns it.
+/// Marks what has the focus in its window while the keyboard is in use: from a key press to the next press
+/// of a mouse button.
+///
+/// It frames push and tool buttons, which styles mark so faintly that it is easily overlooked; other widgets
+/// ask isShownBy() and paint their own mark. The window owns it.
 class FocusRing final : public QObject
 {
     Q_OBJECT
@@ -14,9 +17,16 @@ class FocusRing final : public QObject
 public:
     explicit FocusRing(QWidget *window);
 
+    /// Whether `widget` has the focus and is to show so.
+    static bool isShownBy(const QWidget *widget);
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void follow(QWidget *old, QWidget *now);
+    bool isFramed(const QObject *object) const;
+    static bool paintFramed(QWidget *button, QEvent *event);
+    void setShown(const QObject *input, bool isShown);
+
+    QWidget *window;
 };

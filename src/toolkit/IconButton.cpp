@@ -1,5 +1,6 @@
 #include "toolkit/IconButton.h"
 
+#include "toolkit/FocusRing.h"
 #include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
@@ -58,6 +59,6 @@ void IconButton::paintEvent(QPaintEvent *)
     icon.moveCenter(rect().center());
     Symbol::paint(&painter, icon, isChecked() ? checkedSymbol : symbol,
                   isDown() ? Style::white : Style::softWhite);
-    if (hasFocus())
+    if (FocusRing::isShownBy(this))
         Style::paintFocus(&painter, rect(), Style::white);
 }

@@ -1,5 +1,6 @@
 #include "toolkit/SegmentedChoice.h"
 
+#include "toolkit/FocusRing.h"
 #include "toolkit/Style.h"
 
 #include <QAbstractButton>
@@ -40,7 +41,7 @@ protected:
         painter.setPen(isChecked() ? palette().color(QPalette::Window)
                                    : palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter, text());
-        if (hasFocus())
+        if (FocusRing::isShownBy(this))
             Style::paintFocus(&painter, rect(), palette().color(QPalette::WindowText));
     }
 };
