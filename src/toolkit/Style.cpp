@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 bool Style::isDark(const QPalette &palette)
 {
@@ -29,6 +30,16 @@ QColor Style::lineColor(const QPalette &palette)
     QColor line = palette.color(QPalette::WindowText);
     line.setAlphaF(0.25F);
     return line;
+}
+
+QColor Style::sidebarColor(const QPalette &palette)
+{
+    constexpr double share = 0.06;
+    const QColor window = palette.color(QPalette::Window);
+    const QColor text = palette.color(QPalette::WindowText);
+    const auto mix = [](int from, int to) { return qRound(std::lerp(from, to, share)); };
+    return {mix(window.red(), text.red()), mix(window.green(), text.green()),
+            mix(window.blue(), text.blue())};
 }
 
 int Style::grown(int length, const QFont &font)

@@ -60,6 +60,9 @@ QColor accent(Accent accent, const QPalette &palette);
 /// A line between two areas on the window background of `palette`.
 QColor lineColor(const QPalette &palette);
 
+/// The background of a sidebar that sets it apart from the window background of `palette`.
+QColor sidebarColor(const QPalette &palette);
+
 /// `length` in proportion to `font` where that is larger than usual.
 int grown(int length, const QFont &font);
 

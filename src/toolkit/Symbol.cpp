@@ -82,6 +82,8 @@ public:
         return cached(name, tint(mode), size);
     }
 
+    QString iconName() override { return name; }
+
     QIconEngine *clone() const override { return new SymbolEngine(name, color); }
 
 private:

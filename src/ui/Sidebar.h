@@ -4,8 +4,8 @@
 
 #include <QWidget>
 
+class NavigationList;
 class QLabel;
-class QListWidget;
 class QStackedWidget;
 class Scheduler;
 
@@ -26,14 +26,14 @@ public:
 private:
     QWidget *makeColumn();
     void addScreen(const QString &text, const QString &symbol, QWidget *screen);
-    void writeSelection();
-    void showSelection();
-    void tint();
+    void publishSelection();
+    void applySelection();
+    void updateColors();
     void changeEvent(QEvent *event) override;
 
     AppStore &appStore;
     Scheduler *scheduler;
-    QListWidget *list;
+    NavigationList *list;
     QLabel *clockLine;
     QStackedWidget *screens;
     QWidget *column;
