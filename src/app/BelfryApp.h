@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppStore.h"
+#include "app/ColorScheme.h"
 #include "app/Language.h"
 #include "core/AVPlayer.h"
 #include "platform/Clock.h"
@@ -37,6 +38,7 @@ private:
     SystemClock clock;
     Resources resources = Resources::ofApplication();
     Language language{resources};
+    ColorScheme colorScheme;
     SoundModule sound{SoundModule::pathOfApplication()};
 
     AppStore appStore;
