@@ -6,7 +6,7 @@
 #include <QCalendarWidget>
 #include <QCoreApplication>
 #include <QKeyEvent>
-#include <QRegularExpression>
+#include <QLineEdit>
 #include <QStyleOptionComboBox>
 
 using namespace Qt::StringLiterals;
@@ -18,12 +18,12 @@ QString formatOf(const QLocale &locale)
     QString format = locale.dateFormat(QLocale::ShortFormat);
     if (format.contains(u"MMM"_s)) // a name, which digits cannot type
         return TimeText::datePattern.toString();
-    // Marks of direction would turn the parts around one by one.
+    // Bidi marks would turn the sections around one by one.
     format.remove(QChar(0x200E)).remove(QChar(0x200F));
     return format.contains(u"yyyy"_s) ? format : format.replace(u"yy"_s, u"yyyy"_s);
 }
 
-bool asksForCalendar(const QKeyEvent &event)
+bool opensCalendar(const QKeyEvent &event)
 {
     return event.key() == Qt::Key_F4 || (event.key() == Qt::Key_Down && event.modifiers() & Qt::AltModifier);
 }
@@ -37,7 +37,6 @@ DateField::DateField(const QString &text, const Clock &clock, QWidget *parent) :
     const QDate date = QDate::fromString(text, TimeText::datePattern.toString());
     setDate(date.isValid() ? date : clock.now().toLocalTime().date());
     setCalendarPopup(true);
-    setCorrectionMode(CorrectToNearestValue); // without this, fixup() is not asked
 }
 
 QString DateField::dateText() const
@@ -45,20 +44,76 @@ QString DateField::dateText() const
     return date().toString(TimeText::datePattern);
 }
 
-void DateField::fixup(QString &input) const
+bool DateField::eventFilter(QObject *watched, QEvent *event)
 {
-    static const QRegularExpression leading(u"^(?=\\d\\d\\D)"_s);
-    static const QRegularExpression trailing(u"(?<!\\d)(?=\\d\\d\\D*$)"_s);
-    input.replace(displayFormat().startsWith(u'y') ? leading : trailing, u"20"_s);
-    DateTimeField::fixup(input);
+    if (watched == lineEdit() && event->type() == QEvent::MouseButtonPress)
+        typedDigits.clear();
+    return DateTimeField::eventFilter(watched, event);
+}
+
+void DateField::focusInEvent(QFocusEvent *event)
+{
+    typedDigits.clear();
+    DateTimeField::focusInEvent(event);
 }
 
 void DateField::keyPressEvent(QKeyEvent *event)
 {
-    if (asksForCalendar(*event))
+    const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
+    if (opensCalendar(*event))
         openCalendar();
+    else if (typed.isPrint() && !typed.isDigit() && !typedDigits.isEmpty())
+        enterNextSection();
     else
         DateTimeField::keyPressEvent(event);
+    if (!typed.isDigit())
+        typedDigits.clear();
+}
+
+// Qt would take each section by itself: no 30 of a month that is still February, and "0" for the next
+// section.
+void DateField::typeDigit(int digit)
+{
+    if (lineEdit()->selectedText() == text())
+        setSelectedSection(sectionAt(0));
+    const Section section = currentSection();
+    const QString digits = typedDigits + QString::number(digit);
+    const int number = digits.toInt();
+    const int maximum = section == YearSection ? 9999 : section == MonthSection ? 12 : 31;
+    const qsizetype room = QString::number(maximum).size() - digits.size();
+    if (room < 0 || number > maximum || (room == 0 && number == 0))
+        return;
+    typedDigits = digits;
+    if (number > 0 || section == YearSection)
+        setSection(section, number);
+    setSelectedSection(section);
+    if (room == 0 || number * 10 > maximum)
+        enterNextSection();
+}
+
+void DateField::setSection(Section section, int number)
+{
+    if (date() != typedDate)
+        typedDay = date().day();
+    int year = date().year();
+    int month = date().month();
+    if (section == YearSection)
+        year = typedDigits.size() == 2 ? 2000 + number : qMax(number, 1);
+    else if (section == MonthSection)
+        month = number;
+    else
+        typedDay = number;
+    typedDate = QDate(year, month, qMin(typedDay, QDate(year, month, 1).daysInMonth()));
+    setDate(typedDate);
+}
+
+// The last section stays, and takes no more digits.
+void DateField::enterNextSection()
+{
+    if (currentSectionIndex() + 1 == sectionCount())
+        return;
+    typedDigits.clear();
+    setSelectedSection(sectionAt(currentSectionIndex() + 1));
 }
 
 void DateField::openCalendar()

@@ -25,7 +25,7 @@ void DateTimeField::keyPressEvent(QKeyEvent *event)
     const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
     if (typed.isDigit())
         typeDigit(typed.digitValue());
-    else if (!typed.isPrint() || !isPartSelected()) // otherwise a separator that the field has passed already
+    else if (const bool isPassedSeparator = typed.isPrint() && isSectionSelected(); !isPassedSeparator)
         QDateTimeEdit::keyPressEvent(event);
 }
 
@@ -37,7 +37,7 @@ void DateTimeField::wheelEvent(QWheelEvent *event)
         event->ignore();
 }
 
-bool DateTimeField::isPartSelected() const
+bool DateTimeField::isSectionSelected() const
 {
     return lineEdit()->hasSelectedText() && lineEdit()->selectedText() == sectionText(currentSection());
 }

@@ -253,10 +253,13 @@ private Q_SLOTS:
             click(desk.editor, u"Modify"_s);
             return shown + u" -> "_s + desk.holidayStore.holidays->first().begin;
         };
-        QCOMPARE(typed("C", u"2024-10-31"_s, u"20260503"_s), u"2024-10-31 -> 2026-05-03"_s);
         QCOMPARE(typed("C", u"2024-10-31"_s, u"2026-05-03"_s), u"2024-10-31 -> 2026-05-03"_s);
         QCOMPARE(typed("de_DE", u"2024-10-31"_s, u"03052026"_s), u"31.10.2024 -> 2026-05-03"_s);
         QCOMPARE(typed("de_DE", u"2024-10-31"_s, u"3.5.2026"_s), u"31.10.2024 -> 2026-05-03"_s);
+        QCOMPARE(typed("C", u"2024-10-31"_s, u"20260230"_s), u"2024-10-31 -> 2026-02-28"_s);
+        QCOMPARE(typed("de_DE", u"2026-02-10"_s, u"31042026"_s), u"10.02.2026 -> 2026-04-30"_s);
+        QCOMPARE(typed("de_DE", u"2026-02-10"_s, u"31.3."_s), u"10.02.2026 -> 2026-03-31"_s);
+        QCOMPARE(typed("en_US", u"2026-03-10"_s, u"02292028"_s), u"3/10/2026 -> 2028-02-29"_s);
         QCOMPARE(typed("de_DE", u"2024-10-31"_s, u"03.05.26"_s), u"31.10.2024 -> 2026-05-03"_s);
         QCOMPARE(typed("en_US", u"2024-10-31"_s, u"5/3/2026"_s), u"10/31/2024 -> 2026-05-03"_s);
         QCOMPARE(typed("zh_CN", u"2024-10-31"_s, u"26/05/03"_s), u"2024/10/31 -> 2026-05-03"_s);
