@@ -145,11 +145,24 @@ private Q_SLOTS:
     {
         open(3);
         records[0].isTall = true;
+        grid->refresh();
         QFont large = grid->font();
         large.setPointSize(24);
         window->setFont(large);
         QTRY_COMPARE(item(u"0"_s)->more->height(), QFontMetrics(large).height());
         QTRY_VERIFY(item(u"0"_s)->height() >= item(u"0"_s)->more->geometry().bottom() + 12);
+    }
+
+    void removedCard_fadesAndIsGone()
+    {
+        open(2);
+        grid->setAnimated(true);
+        const QPoint place = item(u"1"_s)->geometry().center();
+        const auto color = [&] { return grid->viewport()->grab().toImage().pixelColor(place); };
+        records.removeLast();
+        grid->refresh();
+        QVERIFY(color() != grid->palette().color(QPalette::Window));
+        QTRY_COMPARE(color(), grid->palette().color(QPalette::Window));
     }
 
     void tab_reachesEveryControlInListOrderAndLeaves()
