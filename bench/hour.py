@@ -24,7 +24,7 @@ def summary(moments):
     return f"{len(seen)} seconds seen, {skipped} skipped, {doubled} doubled; after the second: {late}"
 
 
-with tempfile.TemporaryDirectory() as folder, lab.SoundServer(["ear"]) as server:
+with tempfile.TemporaryDirectory() as folder, lab.SoundServer("PulseAudio", ["sink"]) as server:
     folder = pathlib.Path(folder)
     now = time.localtime()
     minutes = [now.tm_hour * 60 + now.tm_min + i for i in range(2, seconds // 60 + 2, 2)]
@@ -49,6 +49,6 @@ with tempfile.TemporaryDirectory() as folder, lab.SoundServer(["ear"]) as server
     for timer, name in TIMERS.items():
         print(f"{name + ':':25}", summary([int(moment) for key, moment in lines if key == timer]))
     rings = sum(began < minute < began + seconds - 1 for minute in range(int(began) // 60 * 60 + 120, int(began) + seconds, 120))
-    late = lab.lateness(server.ears["ear"].onsets)
+    late = lab.lateness(server.recorders["sink"].onsets)
     logged, = sqlite3.connect(folder / "home/Documents/data.db").execute("select count(*) from history").fetchone()
     print(f"{rings} rings due, {logged} logged, {len(late)} heard" + (f"; after the minute: {lab.in_words(late)}" if late else ""))

@@ -1,5 +1,7 @@
-"""What the benchmarks share: a home of Belfry's own, a sound server of its own, and ears that date what it plays."""
-import array, collections, contextlib, os, pathlib, sqlite3, statistics, subprocess, tempfile, threading, time, wave
+"""What the benchmarks share: homes, displays and sound servers of their own, recorders that date what is played, and
+a line about the machine."""
+import array, collections, contextlib, os, pathlib, platform, re, sqlite3, statistics, subprocess, tempfile, threading
+import time, wave
 
 RATE = 48000        # samples a second, one channel
 LOUD = 330          # of 32,767: what counts as a sound
@@ -43,20 +45,36 @@ def make_home(folder, build, plans=()):
 
 
 @contextlib.contextmanager
-def display():
-    """Has every program started inside show its windows on an X display of our own."""
-    read, write = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
-                              pass_fds=[write], stderr=subprocess.DEVNULL)
-    os.close(write)
-    with os.fdopen(read) as number:
-        os.environ["DISPLAY"] = ":" + number.readline().strip()
-    os.environ["QT_QPA_PLATFORM"] = "xcb"
-    try:
-        yield
-    finally:
-        server.terminate()
-        server.wait()
+def display(kind):
+    """Has every program started inside show its windows on a display of our own, "X11" or "Wayland"."""
+    with tempfile.TemporaryDirectory() as folder:
+        if kind == "X11":
+            read, write = os.pipe()
+            server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten",
+                                       "tcp"], pass_fds=[write], stderr=subprocess.DEVNULL)
+            os.close(write)
+            with os.fdopen(read) as number:
+                os.environ.update(QT_QPA_PLATFORM="xcb", DISPLAY=":" + number.readline().strip())
+        else:
+            server = subprocess.Popen(["weston", "--backend=headless-backend.so", "--no-config", "--socket=display",
+                                       "--width=1280", "--height=1024", "--idle-time=0"],
+                                      env={**os.environ, "XDG_RUNTIME_DIR": folder}, stdout=subprocess.DEVNULL,
+                                      stderr=subprocess.DEVNULL)
+            wait_for(f"{folder}/display", server)
+            os.environ.update(QT_QPA_PLATFORM="wayland", WAYLAND_DISPLAY=f"{folder}/display")
+        try:
+            yield
+        finally:
+            server.terminate()
+            server.wait()
+
+
+def wait_for(socket, server):
+    """Waits until the server listens there."""
+    while not os.path.exists(socket):
+        if server.poll() is not None:
+            raise SystemExit(f"{server.args[0]} did not start.")
+        time.sleep(0.05)
 
 
 def tone(path, seconds=2.0, hertz=440):
@@ -69,52 +87,81 @@ def tone(path, seconds=2.0, hertz=440):
     return path
 
 
-class SoundServer:
-    """PulseAudio with no hardware, and a null sink for each name; `address` is for PULSE_SERVER."""
+# Keeps PipeWire's session manager (0.4 and 0.5) from real devices and from the desktop.
+WIREPLUMBER = {
+    "main.lua.d/60-none.lua": """alsa_monitor.enabled = false v4l2_monitor.enabled = false
+        libcamera_monitor.enabled = false default_access.properties["enable-flatpak-portal"] = false""",
+    "bluetooth.lua.d/60-none.lua": "bluez_monitor.enabled = false",
+    "wireplumber.conf.d/none.conf": """wireplumber.profiles = { main = {
+        hardware.audio = disabled hardware.bluetooth = disabled hardware.video-capture = disabled
+        support.portal-permissionstore = disabled } }"""}
 
-    def __init__(self, sinks):
+
+class SoundServer:
+    """PulseAudio or PipeWire with no hardware, and a null sink for each name; `address` is for PULSE_SERVER."""
+
+    def __init__(self, kind, sinks):
         self.folder = tempfile.TemporaryDirectory()
-        socket = f"{self.folder.name}/socket"
+        folder = self.folder.name
+        socket = f"{folder}/pulse/native"
         self.address = f"unix:{socket}"
-        self.environment = {**os.environ, "HOME": self.folder.name, "XDG_RUNTIME_DIR": self.folder.name,
-                            "XDG_CONFIG_HOME": self.folder.name, "PULSE_SERVER": self.address}
-        modules = [f"module-native-protocol-unix auth-anonymous=1 socket={socket}"]
-        modules += [f"module-null-sink sink_name={sink} rate={RATE} channels=2 norewinds=1" for sink in sinks]
-        self.daemon = subprocess.Popen(["pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
-                                        "--high-priority=no", "--realtime=no", "--log-level=error",
-                                        *[part for module in modules for part in ("-L", module)]], env=self.environment)
-        while not os.path.exists(socket):
-            if self.daemon.poll() is not None:
-                raise SystemExit("The sound server did not start.")
-            time.sleep(0.05)
-        os.chmod(self.folder.name, 0o755)       # so that a ringer may run as another user
-        self.ears = {sink: Ear(self, sink) for sink in sinks}
+        self.environment = {**os.environ, "PULSE_SERVER": self.address, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
+                            **dict.fromkeys(["HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME"], folder)}
+        self.daemons = []
+        modules = [f"module-null-sink sink_name={sink} rate={RATE} channels=2" for sink in sinks]
+        self.start_pulseaudio(socket, modules) if kind == "PulseAudio" else self.start_pipewire(folder, modules)
+        wait_for(socket, self.daemons[-1])
+        os.chmod(folder, 0o755)                 # so that a player may run as another user
+        os.chmod(f"{folder}/pulse", 0o755)
+        self.recorders = {sink: Recorder(self, sink) for sink in sinks}
+
+    def run(self, *command):
+        self.daemons.append(subprocess.Popen(command, env=self.environment, stderr=subprocess.DEVNULL))
+
+    def start_pulseaudio(self, socket, modules):
+        os.mkdir(os.path.dirname(socket))
+        loads = [f"module-native-protocol-unix auth-anonymous=1 socket={socket}", *(f"{each} norewinds=1" for each in modules)]
+        self.run("pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1", "--high-priority=no",
+                 "--realtime=no", "--log-level=error", *[part for module in loads for part in ("-L", module)])
+
+    def start_pipewire(self, folder, modules):
+        loads = " ".join(f'{{ cmd = load-module, args = "{module}" }}' for module in modules)
+        texts = {"pipewire/pipewire-pulse.conf.d/sinks.conf": f"pulse.cmd = [ {loads} ]",
+                 **{f"wireplumber/{name}": text for name, text in WIREPLUMBER.items()}}
+        for name, text in texts.items():
+            path = pathlib.Path(folder, name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text)
+        self.run("pipewire")
+        wait_for(f"{folder}/pipewire-0", self.daemons[0])
+        self.run("wireplumber")
+        self.run("pipewire-pulse")
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        for process in [*(ear.recorder for ear in self.ears.values()), self.daemon]:
+        for process in [*(each.process for each in self.recorders.values()), *reversed(self.daemons)]:
             process.terminate()
             process.wait()
         self.folder.cleanup()
 
 
-class Ear:
+class Recorder:
     """Records a sink's monitor, without a break: `onsets` are the moments of wall-clock time at which sounds began."""
 
     def __init__(self, server, sink):
         self.onsets = []
-        self.recorder = subprocess.Popen(["parec", "--raw", f"--device={sink}.monitor", "--format=s16le", f"--rate={RATE}",
-                                          "--channels=1", "--latency-msec=10"],
-                                         env=server.environment, stdout=subprocess.PIPE)
+        self.process = subprocess.Popen(["parec", "--raw", f"--device={sink}.monitor", "--format=s16le", f"--rate={RATE}",
+                                         "--channels=1", "--latency-msec=10"],
+                                        env=server.environment, stdout=subprocess.PIPE)
         threading.Thread(target=self.listen, daemon=True).start()
 
     def listen(self):
         # The promptest arrival of the last ten seconds tells best when the samples were played.
         arrivals = collections.deque()
         heard, loud_until = 0, -SAME_SOUND
-        while chunk := os.read(self.recorder.stdout.fileno(), 1 << 16):
+        while chunk := os.read(self.process.stdout.fileno(), 1 << 16):
             samples = array.array("h", chunk[:len(chunk) // 2 * 2])
             began, heard = heard, heard + len(samples) / RATE
             arrivals.append((time.time(), time.time() - heard))
@@ -136,3 +183,24 @@ def lateness(onsets, second=0):
 def in_words(values, unit="ms"):
     return (f"median {statistics.median(values):.1f} {unit}, 99 % {quantile(values, 0.99):.1f} {unit}, "
             f"worst {max(values):.1f} {unit}, spread {max(values) - min(values):.1f} {unit}")
+
+
+# ---- the machine
+
+def version(*command):
+    """The first version number in what a command prints."""
+    said = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True).stdout
+    found = re.search(r"\d+(\.\d+)+", said)
+    return found.group() if found else "?"
+
+
+def machine():
+    """What the figures depend on, in a line."""
+    model = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
+    versions = {"Qt": ["qtpaths6", "--qt-version"], "PulseAudio": ["pulseaudio", "--version"],
+                "PipeWire": ["pipewire", "--version"], "Xvfb": ["dpkg-query", "--show", "xvfb"],
+                "Weston": ["weston", "--version"]}
+    return ", ".join([model.group(1) if model else platform.machine(),
+                      f"{len(os.sched_getaffinity(0))} of {os.cpu_count()} cores",
+                      platform.freedesktop_os_release()["PRETTY_NAME"], f"Linux {platform.release()}",
+                      *(f"{name} {version(*command)}" for name, command in versions.items())])

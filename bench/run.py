@@ -1,21 +1,45 @@
-"""How fast Belfry is against what people would use instead: one table, all of its ratios from this one run.
+"""How fast Belfry is against what people would use instead, on sound servers and displays of its own.
 
-    bench/run [--rings N] [--starts N] [--minutes N] [--build FOLDER] [onset|database|start|idle|growth ...]
+    bench/run [--rings N] [--starts N] [--minutes N] [--save FILE] [onset|database|start|idle|growth ...]
+    bench/run --table FILE ...          the saved runs side by side, as docs/performance.md has them
 
-Runs all five when none is named, in half an hour. For a machine that does nothing else; takes root or sudo for cron.
-Sounds and windows go to a sound server and a display of its own, and the system's cron is left alone.
+Runs all five when none is named, in three quarters of an hour. For a machine that does nothing else; takes root or sudo
+for cron, and leaves the system's own alone. `taskset -c 0 bench/run` measures on one core.
 """
-import argparse, json, os, pathlib, signal, statistics, subprocess, tempfile, time
+import argparse, json, math, os, pathlib, signal, statistics, subprocess, tempfile, time
 
 import lab
 
-
-def row(what, figure, aim=""):
-    print(f"{what:62} {figure:>12}  {aim}", flush=True)
+rows = []
 
 
-def ratio(what, value, limit=None):
-    row(what, f"{value:.2f}", f"below {limit}: {'met' if value < limit else 'MISSED'}" if limit else "")
+def figure(value, unit):
+    """A ratio with two decimals, anything else with three digits."""
+    if not unit:
+        return f"{value:.2f}"
+    digits = 2 - math.floor(math.log10(abs(value))) if value else 0
+    return f"{value:,.{min(4, max(0, digits))}f} {unit}"
+
+
+def row(what, value, unit="", limit=None):
+    """Prints and keeps a figure; without a unit it is a ratio. `limit` is the aim: the figure is to be at most that."""
+    rows.append({"what": what, "value": value, "unit": unit, "limit": limit})
+    aim = "" if limit is None else f"at most {limit} {unit}".rstrip() + (": met" if value <= limit else ": MISSED")
+    print(f"{what:68} {figure(value, unit):>12}  {aim}", flush=True)
+
+
+def print_table(files):
+    """Saved runs as a Markdown table for each part: a line for each figure, a column for each run."""
+    runs = [json.loads(pathlib.Path(file).read_text()) for file in files]
+    for name, run in zip("ABCDEFGH", runs):
+        print(f"- {name}: {run['machine']}")
+    for part in runs[0]["parts"]:
+        print(f"\n### {part}\n\n| | {' | '.join('ABCDEFGH'[:len(runs)])} | Aim |\n|---|{'---|' * len(runs)}---|")
+        columns = [{each["what"]: each for each in run["parts"].get(part, [])} for run in runs]
+        for what, each in columns[0].items():
+            figures = [figure(column[what]["value"], each["unit"]) if what in column else "" for column in columns]
+            aim = "" if each["limit"] is None else f"{each['limit']} {each['unit']}".rstrip()
+            print(f"| {what} | {' | '.join(figures)} | {aim} |")
 
 
 # ---- onset: from the second of the wall clock to the first sample of the sound
@@ -37,42 +61,50 @@ def shell_loop(player, second):
 
 
 def onset(build, options):
+    for kind in ("PulseAudio", "PipeWire"):
+        onset_with(kind, build, options)
+
+
+def onset_with(kind, build, options):
     """The loops ring in seconds of their own, so that starting their players holds up nobody else."""
-    seconds = {"Belfry": 0, "cron and paplay": 0, "a loop and mpv": 20, "a loop and ffplay": 40}
-    with tempfile.TemporaryDirectory() as folder, lab.SoundServer([sink(name) for name in seconds]) as server:
+    seconds = {"Belfry": 0, "cron and paplay": 0, "bare libpulse": 10, "a loop and mpv": 20, "a loop and ffplay": 40}
+    with tempfile.TemporaryDirectory() as folder, lab.SoundServer(kind, [sink(name) for name in seconds]) as server:
         folder = pathlib.Path(folder)
         bell = lab.tone(folder / "bell.wav")
         home = lab.make_home(folder / "home", build, [lab.plan_row(i, i, bell) for i in range(24 * 60)])
         job = f"PULSE_SERVER={server.address}\n* * * * * root paplay --device=cron-and-paplay {bell}\n"
         commands = {"Belfry": [build / "belfry"], "cron and paplay": isolated_cron(folder, job),
+                    "bare libpulse": [build / "SoundFloor", "10"],
                     "a loop and mpv": shell_loop(f"mpv --no-terminal --no-video --ao=pulse {bell}", 20),
                     "a loop and ffplay": shell_loop(f"ffplay -loglevel quiet -nodisp -autoexit {bell}", 40)}
-        ringers = [subprocess.Popen(command, start_new_session=True, env={
+        players = [subprocess.Popen(command, start_new_session=True, env={
             **home, "QT_QPA_PLATFORM": "offscreen", "PULSE_SERVER": server.address, "PULSE_SINK": sink(name),
             "SDL_AUDIODRIVER": "pulseaudio"}) for name, command in commands.items()]
         try:
             time.sleep(60 - time.time() % 60 + 60 * options.rings - 10)
         finally:
-            for ringer in ringers:
-                end(ringer)
-        late = {name: lab.lateness(server.ears[sink(name)].onsets, second)[:options.rings] for name, second in seconds.items()}
+            for player in players:
+                end(player)
+        late = {name: lab.lateness(server.recorders[sink(name)].onsets, second)[:options.rings]
+                for name, second in seconds.items()}
     for name, values in late.items():
         if len(values) < options.rings:
-            raise SystemExit(f"{name}: {len(values)} rings heard of {options.rings}")
-        row(f"{name}: second to first sample, median of {options.rings}", f"{statistics.median(values):.0f} ms")
-        verdict = f"below 100: {'met' if max(values) < 100 else 'MISSED'}" if name == "Belfry" else ""
-        row(f"{name}: worst", f"{max(values):.0f} ms", verdict)
-    best = min(statistics.median(values) for name, values in late.items() if name != "Belfry")
-    ratio("Belfry's median to the best of the others", statistics.median(late["Belfry"]) / best, 0.33)
+            raise SystemExit(f"{kind}: {name}: {len(values)} rings heard of {options.rings}")
+        row(f"{kind}: {name}, median", statistics.median(values), "ms")
+        row(f"{kind}: {name}, worst", max(values), "ms", 100 if name == "Belfry" else None)
+    medians = {name: statistics.median(values) for name, values in late.items()}
+    belfry, floor = medians.pop("Belfry"), medians.pop("bare libpulse")
+    row(f"{kind}: Belfry's median beyond that of bare libpulse", belfry - floor, "ms", 30)
+    row(f"{kind}: Belfry's median to the best of cron and the loops", belfry / min(medians.values()), limit=0.33)
 
 
-def end(ringer):
+def end(player):
     """Ends a program and all that it has started, if need be as root, as which cron was started."""
     try:
-        os.killpg(ringer.pid, signal.SIGTERM)
+        os.killpg(player.pid, signal.SIGTERM)
     except PermissionError:
-        subprocess.run(["sudo", "kill", "--", f"-{ringer.pid}"], check=True)
-    ringer.wait()
+        subprocess.run(["sudo", "kill", "--", f"-{player.pid}"], check=True)
+    player.wait()
 
 
 def sink(name):
@@ -92,11 +124,11 @@ def medians(program):
 
 def database(build, options):
     times = medians(build / "BenchDatabase")
-    for library, limit in {"Bare": 1.15, "QtSql": 1, "SQLiteCpp": 1.05}.items():
-        ratio(f"reading 100,000 plans as the stores do to {library.replace('Bare', 'bare SQLite')}",
-              times["readStores"] / times[f"read{library}"], limit)
-    for library, limit in {"Bare": 1.2, "QtSql": 1, "SQLiteCpp": 1.05}.items():
-        ratio(f"writing 1,000 plans: Belfry's layer to {library.replace('Bare', 'bare SQLite')}", times["writeLayer"] / times[f"write{library}"], limit)
+    libraries = {"bare SQLite": ("Bare", 1.15), "QtSql": ("QtSql", 1), "SQLiteCpp": ("SQLiteCpp", 1.05)}
+    for work, ours, other in (("reading 100,000 plans as the stores do", "readStores", "read"),
+                              ("writing 1,000 plans", "writeLayer", "write")):
+        for library, (code, limit) in libraries.items():
+            row(f"{work}, to {library}", times[ours] / times[other + code], limit=limit)
 
 
 def growth(build, options):
@@ -107,8 +139,8 @@ def growth(build, options):
         costs.setdefault(work, {})[int(plans)] = nanoseconds / 1e6
     for work, cost in costs.items():
         for plans, milliseconds in sorted(cost.items()):
-            row(f"{work} with {plans:,} plans", f"{milliseconds:.4f} ms", f"{milliseconds / 10:.4f} % of a second")
-        ratio(f"{work}: 100,000 plans to 10,000", cost[100_000] / cost[10_000], 15)
+            row(f"{work}, {plans:,} plans", milliseconds, "ms")
+        row(f"{work}, 100,000 plans to 10,000", cost[100_000] / cost[10_000], limit=15)
 
 
 # ---- start, idle: beside a Qt window with nothing in it
@@ -129,26 +161,25 @@ def first_frame(command, environment):
     began = time.monotonic()
     pid = os.posix_spawn(command[0], [str(part) for part in command],
                          {**environment, "QT_QPA_GENERIC_PLUGINS": "firstframe", "FIRST_FRAME": str(noted)})
-    usage = os.wait4(pid, 0)[2]
-    moment, processor = map(float, noted.read_text().split())
-    return (moment - began) * 1000, processor * 1000, usage.ru_maxrss / 1024
+    os.waitpid(pid, 0)
+    moment, processor, memory = map(float, noted.read_text().split())
+    return (moment - began) * 1000, processor * 1000, memory / 1024
 
 
 def start(build, options):
-    with tempfile.TemporaryDirectory() as folder, lab.display():
-        cases = homes(folder, build)
-        for case in cases.values():
-            first_frame(*case)              # warms the disk's cache
-        runs = [{name: first_frame(*case) for name, case in cases.items()} for _ in range(options.starts)]
-    empty = columns(runs, "empty window")
-    row("empty window: first frame", f"{empty[0]:.0f} ms")
-    row("empty window: processor time until then", f"{empty[1]:.0f} ms")
-    row("empty window: peak memory", f"{empty[2]:.1f} MB")
-    for name in list(cases)[1:]:
-        limits = (1.3, None, 1.3) if name == "Belfry" else (None, None, None)
-        for what, own, other, limit in zip(("first frame", "processor time until then", "peak memory"),
-                                           columns(runs, name), empty, limits):
-            ratio(f"{name}: {what}, to the empty window", own / other, limit)
+    for kind in ("X11", "Wayland"):
+        with tempfile.TemporaryDirectory() as folder, lab.display(kind):
+            cases = homes(folder, build)
+            for case in cases.values():
+                first_frame(*case)              # warms the disk's cache
+            runs = [{name: first_frame(*case) for name, case in cases.items()} for _ in range(options.starts)]
+        empty = columns(runs, "empty window")
+        figures = {"first frame": ("ms", 1.3), "processor time": ("ms", 1.5), "peak memory": ("MB", 1.25)}
+        for (what, (unit, _)), value in zip(figures.items(), empty):
+            row(f"{kind}: {what}, empty window", value, unit)
+        for name in list(cases)[1:]:
+            for (what, (_, limit)), own, other in zip(figures.items(), columns(runs, name), empty):
+                row(f"{kind}: {what}, {name}", own / other, limit=limit if name == "Belfry" else None)
 
 
 def columns(runs, name):
@@ -161,33 +192,46 @@ def processor_ms(pid):
 
 
 def idle(build, options):
-    with tempfile.TemporaryDirectory() as folder, lab.display():
-        cases = homes(folder, build)
-        running = {name: subprocess.Popen(command, env=environment) for name, (command, environment) in cases.items()}
-        time.sleep(5)                       # until all that is done once is done
-        before = {name: processor_ms(process.pid) for name, process in running.items()}
-        time.sleep(60 * options.minutes)
-        used = {name: (processor_ms(process.pid) - before[name]) / options.minutes for name, process in running.items()}
-        for process in running.values():
-            process.terminate()
-            process.wait()
-    for name, milliseconds in used.items():
-        share = milliseconds / 600          # per cent of a core
-        aim = f", below 0.1: {'met' if share < 0.1 else 'MISSED'}" if name.startswith("Belfry") else ""
-        row(f"{name}: processor time of an idle minute", f"{milliseconds:.1f} ms", f"{share:.3f} % of a core{aim}")
+    for kind in ("X11", "Wayland"):
+        with tempfile.TemporaryDirectory() as folder, lab.display(kind):
+            running = {name: subprocess.Popen(command, env=environment)
+                       for name, (command, environment) in homes(folder, build).items()}
+            time.sleep(5)                       # until all that is done once is done
+            before = {name: processor_ms(process.pid) for name, process in running.items()}
+            time.sleep(60 * options.minutes)
+            used = {name: processor_ms(process.pid) - before[name] for name, process in running.items()}
+            for process in running.values():
+                process.terminate()
+                process.wait()
+        for name, milliseconds in used.items():     # 0.1 % of a core is 60 ms
+            row(f"{kind}: {name}", milliseconds / options.minutes, "ms", 60 if name.startswith("Belfry") else None)
 
 
-if __name__ == "__main__":
+def main():
     parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
     parts = {part.__name__: part for part in (onset, database, start, idle, growth)}
     parser.add_argument("parts", nargs="*", metavar="PART", help=f"of {', '.join(parts)}; all when none is named")
-    parser.add_argument("--rings", type=int, default=20, help="rings of each, one a minute (20)")
+    parser.add_argument("--rings", type=int, default=12, help="rings of each, one a minute (12)")
     parser.add_argument("--starts", type=int, default=21, help="starts of each (21)")
     parser.add_argument("--minutes", type=int, default=1, help="idle minutes (1)")
     parser.add_argument("--build", help="the build folder (build/bench)")
+    parser.add_argument("--save", metavar="FILE", help="keep the figures, for --table")
+    parser.add_argument("--table", nargs="+", metavar="FILE", help="print saved runs as a table, and measure nothing")
     options = parser.parse_args()
+    if options.table:
+        return print_table(options.table)
+    build = lab.build_folder(options.build)
+    result = {"machine": lab.machine(), "parts": {}}
     for part in options.parts or parts:
         if part not in parts:
             parser.error(f"there is no part {part}")
-        print(f"\n{part}")
-        parts[part](lab.build_folder(options.build), options)
+        print(f"\n{part}, on {result['machine']}")
+        rows.clear()
+        parts[part](build, options)
+        result["parts"][part] = list(rows)
+        if options.save:
+            pathlib.Path(options.save).write_text(json.dumps(result, indent=1))
+
+
+if __name__ == "__main__":
+    main()

@@ -13,8 +13,8 @@ build_packages="$build_tools $build_libraries"
 test_packages="appstream dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
     fonts-wqy-microhei libfaketime lintian pulseaudio pulseaudio-utils python3 python3-dbusmock qt6-translations-l10n
     tzdata"
-bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pulseaudio pulseaudio-utils python3
-    xvfb"
+bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pipewire-pulse pulseaudio
+    pulseaudio-utils python3 qt6-wayland weston wireplumber xvfb"
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
