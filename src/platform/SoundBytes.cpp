@@ -23,6 +23,12 @@ namespace {
 
 constexpr int bufferSize = 32 * 1024;
 constexpr int maxTags = 16;
+// A FLAC file begins with its mark and the block "streaminfo", whose first byte has this bit if it is the
+// last.
+constexpr qint64 flacHead = 42;
+constexpr qint64 flacBlockType = 4;
+constexpr quint8 flacLastBlock = 0x80;
+constexpr int maxFlacBlocks = 1000;
 
 std::chrono::nanoseconds processorTime()
 {
@@ -77,7 +83,8 @@ SoundBytes::SoundBytes(int file, qint64 size) : file(file), size(size)
     auto *buffer = static_cast<quint8 *>(av_malloc(bufferSize));
     avio = avio_alloc_context(buffer, bufferSize, 0, this, &SoundBytes::read, nullptr, &SoundBytes::seek);
     Q_CHECK_PTR(avio);
-    skipTags();
+    hideTags();
+    hideFlacMetadata();
 }
 
 SoundBytes::~SoundBytes()
@@ -98,22 +105,41 @@ void SoundBytes::setBudget(qint64 count, std::chrono::milliseconds time)
     timeLimit = processorTime() + time;
 }
 
-// A tag has a header of ten bytes, whose last four hold seven bits each of the length of the rest.
-void SoundBytes::skipTags()
+// An ID3v2 tag has a header of ten bytes, whose last four hold seven bits each of the length of the rest.
+void SoundBytes::hideTags()
 {
     std::array<quint8, 10> header = {};
     for (int i = 0; i < maxTags; ++i) {
-        if (::pread(file, header.data(), header.size(), begin) != ssize_t(header.size()) ||
+        if (::pread(file, header.data(), header.size(), hiddenLength) != ssize_t(header.size()) ||
             std::memcmp(header.data(), "ID3", 3) != 0)
             break;
         qint64 length = 0;
         for (int byte = 6; byte < 10; ++byte)
             length = length << 7 | (header[size_t(byte)] & 0x7f);
         const bool hasFooter = header[5] & 0x10;
-        begin += length + (hasFooter ? 20 : 10);
+        hiddenLength += length + (hasFooter ? 20 : 10);
     }
-    begin = std::min(begin, size);
-    ::lseek(file, begin, SEEK_SET);
+    hiddenLength = std::min(hiddenLength, size);
+}
+
+// Each block has a header of four bytes, whose last three hold the length of the rest.
+void SoundBytes::hideFlacMetadata()
+{
+    std::array<quint8, 5> head = {};
+    if (hiddenLength > 0 || ::pread(file, head.data(), head.size(), 0) != ssize_t(head.size()) ||
+        std::memcmp(head.data(), "fLaC", 4) != 0)
+        return;
+    isFlac = true;
+    hiddenBegin = flacHead;
+    bool isLast = head[flacBlockType] & flacLastBlock;
+    for (int i = 0; i < maxFlacBlocks && !isLast; ++i) {
+        std::array<quint8, 4> block = {};
+        if (::pread(file, block.data(), block.size(), flacHead + hiddenLength) != ssize_t(block.size()))
+            break;
+        isLast = block[0] & flacLastBlock;
+        hiddenLength += qint64(block.size()) + (block[1] << 16 | block[2] << 8 | block[3]);
+    }
+    hiddenLength = std::clamp(size - flacHead, qint64(0), hiddenLength);
 }
 
 int SoundBytes::read(void *self, quint8 *buffer, int count)
@@ -121,21 +147,31 @@ int SoundBytes::read(void *self, quint8 *buffer, int count)
     auto *bytes = static_cast<SoundBytes *>(self);
     if (bytes->isBudgetExhausted())
         return AVERROR_EXIT;
-    const auto got = ::read(bytes->file, buffer, size_t(count));
+    const bool isBeforeHidden = bytes->position < bytes->hiddenBegin;
+    const qint64 offset = bytes->position + (isBeforeHidden ? 0 : bytes->hiddenLength);
+    const auto wanted =
+        isBeforeHidden ? std::min(qint64(count), bytes->hiddenBegin - bytes->position) : count;
+    const auto got = ::pread(bytes->file, buffer, size_t(wanted), offset);
     if (got < 0) {
         bytes->failed = true;
         return AVERROR(errno);
     }
+    if (const qint64 type = flacBlockType - bytes->position; bytes->isFlac && type >= 0 && type < got)
+        buffer[type] |= flacLastBlock;
+    bytes->position += got;
     bytes->remainingBytes -= got;
     return got == 0 ? AVERROR_EOF : int(got);
 }
 
 int64_t SoundBytes::seek(void *self, int64_t offset, int whence)
 {
-    const auto *bytes = static_cast<SoundBytes *>(self);
+    auto *bytes = static_cast<SoundBytes *>(self);
+    const qint64 length = bytes->size - bytes->hiddenLength;
     if (whence & AVSEEK_SIZE)
-        return bytes->size - bytes->begin;
+        return length;
     const int base = whence & ~AVSEEK_FORCE;
-    const qint64 position = ::lseek(bytes->file, base == SEEK_SET ? bytes->begin + offset : offset, base);
-    return position < 0 ? AVERROR(errno) : position - bytes->begin;
+    const qint64 target = offset + (base == SEEK_CUR ? bytes->position : base == SEEK_END ? length : 0);
+    if (target < 0)
+        return AVERROR(EINVAL);
+    return bytes->position = target;
 }

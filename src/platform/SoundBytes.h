@@ -42,11 +42,15 @@ private:
     static int read(void *self, quint8 *buffer, int count);
     static int64_t seek(void *self, int64_t offset, int whence);
 
-    void skipTags();
+    void hideTags();
+    void hideFlacMetadata();
 
     int file;
     qint64 size;
-    qint64 begin = 0; // of what FFmpeg sees
+    bool isFlac = false;
+    qint64 position = 0;     // in what FFmpeg sees, which is the file
+    qint64 hiddenBegin = 0;  // without the bytes from here on,
+    qint64 hiddenLength = 0; // so many of them
     AVIOContext *avio = nullptr;
     qint64 remainingBytes = 0;
     std::chrono::nanoseconds timeLimit{}; // of this thread's processor time

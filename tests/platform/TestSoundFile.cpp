@@ -199,6 +199,14 @@ private Q_SLOTS:
         QVERIFY2(withTag, qUtf8Printable(error));
         QCOMPARE(decode(*withTag, 2).length(), 2.0);
 
+        // A second block that FFmpeg refuses if it sees it, as it would read each picture.
+        QVERIFY(SoundFiles::make(path(u"x.flac"_s), SoundFiles::tone(u"1000"_s, 1)));
+        const QByteArray flac = contents(path(u"x.flac"_s));
+        QVERIFY(write(path(u"x.flac"_s), flac.first(42) + flac.mid(4)));
+        const auto withBlocks = open(u"x.flac"_s);
+        QVERIFY2(withBlocks, qUtf8Printable(error));
+        QCOMPARE(decode(*withBlocks, 2).length(), 2.0);
+
         QVERIFY(SoundFiles::make(path(u"x.m4a"_s), SoundFiles::tone(u"1000"_s, 3)));
         const QByteArray whole = contents(path(u"x.m4a"_s));
         QByteArray claim = whole;

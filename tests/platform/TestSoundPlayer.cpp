@@ -14,7 +14,6 @@
 #include <QTest>
 #include <QThread>
 
-#include <functional>
 #include <limits>
 #include <malloc.h>
 #include <netdb.h>
@@ -212,19 +211,17 @@ private Q_SLOTS:
 
     void endOfTheSound_isImmediate()
     {
-        const std::function<void(std::unique_ptr<SoundPlayer> &)> ways[]{
-            [](auto &sound) { sound->stop(); },
-            [this](auto &sound) {
-                sound.reset();
-                connection.reset();
-            },
-        };
-        for (const auto &end : ways) {
+        for (const bool isStop : {true, false}) {
             auto sound = player("long.wav");
             const double start = server.seconds();
             QVERIFY(sound->play());
             QTRY_VERIFY(sound->currentTime() > 0.5);
-            end(sound);
+            if (isStop) {
+                sound->stop();
+            } else {
+                sound.reset();
+                connection.reset();
+            }
             const double stop = server.seconds() - start;
             QThread::msleep(400);
             const double ended = onlySound(server.heard(start)).end;
