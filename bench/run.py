@@ -42,6 +42,9 @@ def print_table(files):
             print(f"| {what} | {' | '.join(figures)} | {aim} |")
 
 
+SLOW_DISK = "Belfry with 20 ms a sync"
+
+
 # ---- onset: from the second of the wall clock to the first sample of the sound
 
 def isolated_cron(folder, job):
@@ -67,18 +70,22 @@ def onset(build, options):
 
 def onset_with(kind, build, options):
     """The loops ring in seconds of their own, so that starting their players holds up nobody else."""
-    seconds = {"Belfry": 0, "cron and paplay": 0, "bare libpulse": 10, "a loop and mpv": 20, "a loop and ffplay": 40}
+    seconds = {"Belfry": 0, SLOW_DISK: 0, "cron and paplay": 0, "bare libpulse": 10, "a loop and mpv": 20, "a loop and ffplay": 40}
     with tempfile.TemporaryDirectory() as folder, lab.SoundServer(kind, [sink(name) for name in seconds]) as server:
         folder = pathlib.Path(folder)
         bell = lab.tone(folder / "bell.wav")
-        home = lab.make_home(folder / "home", build, [lab.plan_row(i, i, bell) for i in range(24 * 60)])
+        plans = [lab.plan_row(i, i, bell) for i in range(24 * 60)]
+        home = lab.make_home(folder / "home", build, plans)
+        homes = {SLOW_DISK: lab.make_home(folder / "slow", build, plans) | {
+            "LD_PRELOAD": str(build / "slow-sync.so"), "SLOW_SYNC_MS": "20"}}
         job = f"PULSE_SERVER={server.address}\n* * * * * root paplay --device=cron-and-paplay {bell}\n"
-        commands = {"Belfry": [build / "belfry"], "cron and paplay": isolated_cron(folder, job),
+        commands = {"Belfry": [build / "belfry"], SLOW_DISK: [build / "belfry"],
+                    "cron and paplay": isolated_cron(folder, job),
                     "bare libpulse": [build / "SoundFloor", "10"],
                     "a loop and mpv": shell_loop(f"mpv --no-terminal --no-video --ao=pulse {bell}", 20),
                     "a loop and ffplay": shell_loop(f"ffplay -loglevel quiet -nodisp -autoexit {bell}", 40)}
         players = [subprocess.Popen(command, start_new_session=True, env={
-            **home, "QT_QPA_PLATFORM": "offscreen", "PULSE_SERVER": server.address, "PULSE_SINK": sink(name),
+            **homes.get(name, home), "QT_QPA_PLATFORM": "offscreen", "PULSE_SERVER": server.address, "PULSE_SINK": sink(name),
             "SDL_AUDIODRIVER": "pulseaudio"}) for name, command in commands.items()]
         try:
             time.sleep(60 - time.time() % 60 + 60 * options.rings - 10)
@@ -93,7 +100,8 @@ def onset_with(kind, build, options):
         row(f"{kind}: {name}, median", statistics.median(values), "ms")
         row(f"{kind}: {name}, worst", max(values), "ms", 100 if name == "Belfry" else None)
     medians = {name: statistics.median(values) for name, values in late.items()}
-    belfry, floor = medians.pop("Belfry"), medians.pop("bare libpulse")
+    belfry, floor, slow = (medians.pop(name) for name in ("Belfry", "bare libpulse", SLOW_DISK))
+    row(f"{kind}: {SLOW_DISK}: median beyond Belfry's", slow - belfry, "ms")
     row(f"{kind}: Belfry's median beyond that of bare libpulse", belfry - floor, "ms", 30)
     row(f"{kind}: Belfry's median to the best of cron and the loops", belfry / min(medians.values()), limit=0.33)
 
