@@ -33,7 +33,7 @@ constexpr int trials = 200;
 constexpr int atOnce = 100;
 constexpr qint64 lead = 5000; // ms from the start of a trial to the begin
 constexpr qint64 window = 3000;
-constexpr qint64 forEver = 20'000;
+constexpr qint64 indefinitely = 20'000;
 
 enum class Writer { User, EndOfPlayback };
 enum Outcome { InTime, Late, Lost };
@@ -122,7 +122,7 @@ Outcome ring(qint64 lock, Writer writer, unsigned number)
     const qint64 before = 1 + window * number / trials;
     // The end of a playback is noticed, and written, by the next tick.
     const qint64 untilWritten = writer == Writer::User ? 0 : 1 + (before - 1) % 1000;
-    const qint64 left = lock == forEver ? forEver : lock * (number * 79 % trials) / trials;
+    const qint64 left = lock == indefinitely ? indefinitely : lock * (number * 79 % trials) / trials;
 
     Belfry belfry;
     Locker locker(belfry.base.path(), untilWritten + left);
@@ -156,7 +156,7 @@ void report(const char *name, qint64 lock, Writer writer)
             ++counts.at(size_t(WEXITSTATUS(status)));
         }
     }
-    std::printf("%-10s %-18s %5.1f %% in time %5.1f %% late %5.1f %% lost\n", name,
+    std::printf("%-12s %-18s %5.1f %% in time %5.1f %% late %5.1f %% lost\n", name,
                 writer == Writer::User ? "save" : "end of a playback", 100.0 * counts[InTime] / trials,
                 100.0 * counts[Late] / trials, 100.0 * counts[Lost] / trials);
 }
@@ -170,6 +170,6 @@ int main()
     for (const Writer writer : {Writer::User, Writer::EndOfPlayback}) {
         for (const qint64 seconds : {1, 2, 3, 10})
             report(qPrintable(u"%1 s"_s.arg(seconds)), 1000 * seconds, writer);
-        report("for ever", forEver, writer);
+        report("indefinitely", indefinitely, writer);
     }
 }
