@@ -11,8 +11,8 @@ build_libraries="qt6-base-dev libsqlite3-dev libavformat-dev libavcodec-dev libs
 build_packages="$build_tools $build_libraries"
 # The fonts have the letters of every translation.
 test_packages="appstream dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
-    fonts-wqy-microhei libfaketime lintian pulseaudio pulseaudio-utils python3 python3-dbusmock qt6-translations-l10n
-    tzdata"
+    fonts-wqy-microhei libfaketime lintian pipewire pipewire-pulse pulseaudio pulseaudio-utils python3
+    python3-dbusmock qt6-translations-l10n tzdata wireplumber"
 bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pipewire-pulse pulseaudio
     pulseaudio-utils python3 qt6-wayland weston wireplumber xvfb"
 

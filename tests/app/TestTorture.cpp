@@ -363,32 +363,6 @@ private Q_SLOTS:
         QVERIFY(contentOf(documents + u"/data.db"_s).contains("Kept"));
     }
 
-    void soundServerThatDies_isHeardAgain()
-    {
-        BelfryProcess belfry(server.address());
-        prepare(belfry);
-        belfry.clock.set(BelfryProcess::monday("07:59:57"));
-        QVERIFY(belfry.start());
-        QByteArray log;
-        const auto logged = [&](const char *line) {
-            return (log += belfry.process.readAllStandardError()).count(line);
-        };
-        for (int deaths = 1; deaths <= 2; ++deaths) {
-            QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
-            server.kill();
-            QTRY_COMPARE_WITH_TIMEOUT(logged("No sound server"), deaths, 15000);
-            QVERIFY(server.start());
-            QTRY_COMPARE_WITH_TIMEOUT(logged("Sound server is back"), deaths, 15000);
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(isHeard(server.seconds() - 0.2), 15000);
-        QVERIFY(clockGoesOn(belfry));
-        // A busy machine may hold any program up for a second; the deaths have to cost no more than that.
-        QStringList ticks = belfry.ticks();
-        QCOMPARE(ticks.removeDuplicates(), 0);
-        const int passed = QTime::fromString(ticks.first()).secsTo(QTime::fromString(ticks.last())) + 1;
-        QVERIFY2(passed - ticks.size() <= 2, qPrintable(ticks.join(u' ')));
-    }
-
     // Each step sets the clock, to a moment in UTC, and names the begins that the log holds three seconds
     // later. A step behind a "~" finds the program suspended, as it is while the machine sleeps.
     void clockSteps_ringWhatIsDueOnce_data()
@@ -444,24 +418,6 @@ private Q_SLOTS:
                 step.section(u' ', 1));
             QTRY_COMPARE(belfry.ticks().last(), belfry.clock.now().toTimeZone(zone).toString(u"HH:mm:ss"_s));
         }
-    }
-
-    void valgrind_findsNothingInAStartABellAndAQuit()
-    {
-        if (!isLong() || BELFRY_IS_SANITIZED)
-            QSKIP("At length and without sanitizers only.");
-        BelfryProcess belfry(server.address());
-        prepare(belfry);
-        belfry.clock.set(BelfryProcess::monday("07:00:00"));
-        QVERIFY(belfry.start({u"valgrind"_s, u"--quiet"_s, u"--trace-children=yes"_s, u"--leak-check=full"_s,
-                              u"--errors-for-leak-kinds=definite"_s, u"--show-leak-kinds=definite"_s,
-                              u"--error-exitcode=9"_s}));
-        QTRY_VERIFY_WITH_TIMEOUT(!belfry.ticks().isEmpty(), 60000);
-        belfry.clock.set(BelfryProcess::monday("07:59:58"));
-        const double before = server.seconds();
-        QTRY_VERIFY_WITH_TIMEOUT(isHeard(before), 30000);
-        const bool isClean = belfry.quit();
-        QVERIFY2(isClean, belfry.process.readAllStandardError().constData());
     }
 };
 

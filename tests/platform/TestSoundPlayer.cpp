@@ -204,7 +204,7 @@ private Q_SLOTS:
         const SoundRecording recording = server.heard(start);
         const auto heard = onlySound(recording);
         QVERIFY2(std::abs(heard.length() - length) < 0.005, qPrintable(QString::number(heard.length())));
-        QVERIFY2(heard.start < 0.5, qPrintable(QString::number(heard.start)));
+        QVERIFY2(heard.start < 2, qPrintable(QString::number(heard.start)));
         if (loops > 0)
             QVERIFY(recording.unevenness(heard.start + 0.01, heard.end - 0.01, 48) < 300);
     }
@@ -316,7 +316,7 @@ private Q_SLOTS:
         timer.start();
         QVERIFY(sound->play());
         if (!isAtStart) {
-            QTRY_VERIFY(isHeard());
+            QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
             isFrozen ? server.freeze() : server.kill();
         }
         QTRY_COMPARE_WITH_TIMEOUT(log->lines().size(), 1, 6000);
@@ -326,8 +326,21 @@ private Q_SLOTS:
             QVERIFY(server.start());
         QTRY_COMPARE_WITH_TIMEOUT(log->lines().size(), 2, 6000);
         QCOMPARE(log->takeLines()[1], u"Sound server is back"_s);
-        QVERIFY(std::abs(sound->currentTime() - double(timer.elapsed()) / 1000) < 0.5);
-        QTRY_VERIFY(isHeard());
+        QVERIFY(std::abs(sound->currentTime() - double(timer.elapsed()) / 1000) < 1);
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+    }
+
+    void sinkThatIsMovedOrRemoved_playsOn()
+    {
+        const auto sound = player("long.wav");
+        QVERIFY(sound->play());
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+        const QByteArray module = server.control(u"load-module module-null-sink sink_name=other"_s);
+        const QByteArray stream = server.control(u"list short sink-inputs"_s).split('\t').front();
+        server.control(u"move-sink-input "_s + QString::fromLatin1(stream) + u" other"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(!isHeard(), 15000);
+        server.control(u"unload-module "_s + QString::fromLatin1(module));
+        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
     }
 
 private:

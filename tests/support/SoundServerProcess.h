@@ -5,18 +5,21 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <csignal>
 #include <limits>
 
-/// A sound server of a test's own, PulseAudio with no hardware, and a recorder of everything it plays.
+/// A sound server of a test's own, PulseAudio or PipeWire without hardware, and a recorder of everything that
+/// its sink "ear" plays.
 ///
-/// It takes its name from the folder in which it lives, so that it can be ended and started again. The
-/// recording comes in by the event loop.
+/// It keeps its address, so that it can be killed and started again. The recording comes in by the event
+/// loop.
 class SoundServerProcess final
 {
     Q_DISABLE_COPY_MOVE(SoundServerProcess)
@@ -25,6 +28,9 @@ public:
     SoundServerProcess()
     {
         QObject::connect(&recorder, &QProcess::readyReadStandardOutput, &recorder, [this]() { takeIn(); });
+        QDir(folder.path()).mkdir(QStringLiteral("pulse"));
+        if (isPipeWire)
+            configurePipeWire();
     }
 
     ~SoundServerProcess() { kill(); }
@@ -33,34 +39,18 @@ public:
     QByteArray address() const { return "unix:" + QFile::encodeName(socket()); }
 
     /// Has a server run that has never been held up. False when that does not work.
-    bool ensureHealthy() { return (daemon.state() == QProcess::Running && !wasFrozen) || start(); }
+    bool ensureHealthy() { return (daemons[0].state() == QProcess::Running && !wasFrozen) || start(); }
 
     /// Starts the server and the recorder afresh, and returns whether both run. The recording begins anew.
     bool start()
     {
         kill();
-        auto environment = QProcessEnvironment::systemEnvironment();
-        for (const char *name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
-            environment.insert(QString::fromLatin1(name), folder.path());
-        environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(address()));
-        // A sanitizer or a faked clock is for the program under test.
-        environment.remove(QStringLiteral("LD_PRELOAD"));
-        daemon.setProcessEnvironment(environment);
-        recorder.setProcessEnvironment(environment);
-        daemon.setStandardErrorFile(folder.filePath(QStringLiteral("daemon.log")));
         QFile::remove(socket());
-        recording.samples.clear();
+        QFile::remove(path("pipewire-0"));
         wasFrozen = false;
+        recording.samples.clear();
         beganAt = std::numeric_limits<qint64>::max();
-        daemon.start(QStringLiteral("pulseaudio"),
-                     {QStringLiteral("-n"), QStringLiteral("--daemonize=no"),
-                      QStringLiteral("--use-pid-file=no"), QStringLiteral("--exit-idle-time=-1"),
-                      QStringLiteral("--high-priority=no"), QStringLiteral("--realtime=no"),
-                      QStringLiteral("-L"),
-                      QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + socket(),
-                      QStringLiteral("-L"),
-                      QStringLiteral("module-null-sink sink_name=ear rate=48000 channels=2 norewinds=1")});
-        if (!QTest::qWaitFor([this]() { return QFile::exists(socket()); }, 10000))
+        if (!(isPipeWire ? startPipeWire() : startPulseAudio()))
             return false;
         // The socket is there a moment before anybody listens at it.
         const auto isRecording = [this]() {
@@ -71,32 +61,46 @@ public:
                                 QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=10")});
             return !recording.samples.empty();
         };
+        recorder.setProcessEnvironment(environment());
         return QTest::qWaitFor(isRecording, 10000);
     }
 
     /// Ends the server and the recorder, as a crash would.
     void kill()
     {
-        for (QProcess *process : {&recorder, &daemon}) {
-            process->kill();
-            process->waitForFinished();
+        recorder.kill();
+        recorder.waitForFinished();
+        for (QProcess &daemon : daemons) {
+            daemon.kill();
+            daemon.waitForFinished();
         }
+    }
+
+    /// What `pactl` prints for a command to the server, such as "suspend-sink ear 1"; without the last
+    /// newline.
+    QByteArray control(const QString &command) const
+    {
+        QProcess pactl;
+        pactl.setProcessEnvironment(environment());
+        pactl.start(QStringLiteral("pactl"), command.split(u' '));
+        pactl.waitForFinished();
+        return pactl.readAllStandardOutput().trimmed();
     }
 
     /// Holds the server still, as a deadlock would; it does not answer until thaw().
     void freeze()
     {
         wasFrozen = true;
-        ::kill(pid_t(daemon.processId()), SIGSTOP);
+        signal(SIGSTOP);
     }
 
-    void thaw() { ::kill(pid_t(daemon.processId()), SIGCONT); }
+    void thaw() { signal(SIGCONT); }
 
     /// Has the sink of the server stop playing, or go on, as one that sleeps. Nothing more is recorded.
     void suspend(bool isSuspended)
     {
         wasFrozen = true;
-        control({QStringLiteral("suspend-sink"), QStringLiteral("ear"), QString::number(isSuspended)});
+        control(QStringLiteral("suspend-sink ear %1").arg(int(isSuspended)));
     }
 
     /// Waits until everything that has been played by now is recorded, and returns the recording from the
@@ -120,23 +124,97 @@ public:
     qint64 began() const { return beganAt; }
 
     /// How many streams of sound the server has.
-    qsizetype streamCount()
+    qsizetype streamCount() const
     {
-        return control({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")})
-            .count('\n');
+        const QByteArray list = control(QStringLiteral("list short sink-inputs"));
+        return list.isEmpty() ? 0 : list.count('\n') + 1;
     }
 
 private:
-    QByteArray control(const QStringList &command) const
+    QString path(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
+    QString socket() const { return path("pulse/native"); }
+
+    QProcessEnvironment environment() const
     {
-        QProcess pactl;
-        pactl.setProcessEnvironment(daemon.processEnvironment());
-        pactl.start(QStringLiteral("pactl"), command);
-        pactl.waitForFinished();
-        return pactl.readAllStandardOutput();
+        auto environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME"})
+            environment.insert(QString::fromLatin1(name), folder.path());
+        environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(address()));
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                           QStringLiteral("unix:path=/nonexistent"));
+        // A sanitizer or a faked clock is for the program under test.
+        environment.remove(QStringLiteral("LD_PRELOAD"));
+        return environment;
     }
 
-    QString socket() const { return folder.filePath(QStringLiteral("socket")); }
+    // Starts one program of the server.
+    void run(QProcess &daemon, const char *program, const QStringList &arguments = {}) const
+    {
+        daemon.setProcessEnvironment(environment());
+        daemon.setStandardErrorFile(path(program) + QStringLiteral(".log"));
+        daemon.start(QString::fromLatin1(program), arguments);
+    }
+
+    static bool waitFor(const QString &socket)
+    {
+        return QTest::qWaitFor([&]() { return QFile::exists(socket); }, 10000);
+    }
+
+    bool startPulseAudio()
+    {
+        run(daemons[0], "pulseaudio",
+            {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--use-pid-file=no"),
+             QStringLiteral("--exit-idle-time=-1"), QStringLiteral("--high-priority=no"),
+             QStringLiteral("--realtime=no"), QStringLiteral("-L"),
+             QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + socket(),
+             QStringLiteral("-L"),
+             QStringLiteral("module-null-sink sink_name=ear rate=48000 channels=2 norewinds=1")});
+        return waitFor(socket());
+    }
+
+    // The others end when they find no pipewire. wireplumber connects streams with sinks.
+    bool startPipeWire()
+    {
+        run(daemons[0], "pipewire");
+        if (!waitFor(path("pipewire-0")))
+            return false;
+        run(daemons[1], "pipewire-pulse");
+        run(daemons[2], "wireplumber");
+        return waitFor(socket());
+    }
+
+    // Gives PipeWire the sink, and keeps its session manager (0.4, 0.5) from real devices and from the
+    // desktop.
+    void configurePipeWire() const
+    {
+        const auto write = [this](const char *name, const char *text) {
+            QDir(folder.path()).mkpath(QFileInfo(path(name)).path());
+            QFile file(path(name));
+            if (!file.open(QIODevice::WriteOnly) || file.write(text) < 0)
+                qFatal("cannot configure PipeWire");
+        };
+        // Without real-time priority a busy machine misses short cycles.
+        write("pipewire/pipewire.conf.d/sink.conf",
+              "context.properties = { default.clock.quantum = 4096 default.clock.min-quantum = 4096 "
+              "default.clock.max-quantum = 4096 } "
+              "context.objects = [ { factory = adapter args = { factory.name = support.null-audio-sink "
+              "node.name = ear media.class = Audio/Sink audio.position = [ FL FR ] } } ]");
+        write("wireplumber/main.lua.d/60-none.lua",
+              "alsa_monitor.enabled = false v4l2_monitor.enabled = false libcamera_monitor.enabled = false "
+              "default_access.properties[\"enable-flatpak-portal\"] = false");
+        write("wireplumber/bluetooth.lua.d/60-none.lua", "bluez_monitor.enabled = false");
+        write("wireplumber/wireplumber.conf.d/none.conf",
+              "wireplumber.profiles = { main = { hardware.audio = disabled hardware.bluetooth = disabled "
+              "hardware.video-capture = disabled support.portal-permissionstore = disabled } }");
+    }
+
+    void signal(int number)
+    {
+        for (const QProcess &daemon : daemons) {
+            if (daemon.state() == QProcess::Running)
+                ::kill(pid_t(daemon.processId()), number);
+        }
+    }
 
     // The promptest arrival of all tells best when the first sample was played.
     void takeIn()
@@ -149,7 +227,8 @@ private:
     }
 
     QTemporaryDir folder;
-    QProcess daemon;
+    const bool isPipeWire = qgetenv("BELFRY_TEST_SOUND_SERVER") == "PipeWire";
+    std::array<QProcess, 3> daemons;
     QProcess recorder;
     SoundRecording recording;
     qint64 beganAt = 0;
