@@ -23,16 +23,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize leastSize{960, 488};
+constexpr QSize minimumWindowSize{960, 488};
 // Wide enough for three columns of cards.
-constexpr QSize firstSize{960, 640};
+constexpr QSize initialSize{960, 640};
 
 // In the middle of what the panels of the desktop leave free; the title bar comes on top. What is too large
 // for that begins at its top left, where the toolbar is.
-QRect firstGeometry(const QScreen &screen, int titleBarHeight)
+QRect initialGeometry(const QScreen &screen, int titleBarHeight)
 {
     const QRect free = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
-    const QSize size = firstSize.boundedTo(free.size()).expandedTo(leastSize);
+    const QSize size = initialSize.boundedTo(free.size()).expandedTo(minimumWindowSize);
     QRect geometry = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, free);
     geometry.moveTo(qMax(geometry.x(), free.x()), qMax(geometry.y(), free.y()));
     return geometry;
@@ -62,21 +62,27 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
 {
     setWindowTitle(u"Belfry — Quillmoss"_s);
     setCentralWidget(sidebar);
-    setMinimumSize(leastSize);
-    setGeometry(firstGeometry(*screen(), style()->pixelMetric(QStyle::PM_TitleBarHeight)));
+    setMinimumSize(minimumWindowSize);
+    setGeometry(initialGeometry(*screen(), style()->pixelMetric(QStyle::PM_TitleBarHeight)));
     createToolBar();
-    showMode();
+    updateToolBar();
     sidebar->setFocus();
     new FocusRing(this);
-    new Refresher([this] { showMode(); }, {&environment.appStore}, this);
+    new Refresher([this] { updateToolBar(); }, {&environment.appStore}, this);
     new Refresher([this] { showEditors(); }, {&environment.planStore, &environment.holidayStore}, this);
 }
 
 void ContentView::changeEvent(QEvent *event)
 {
     if ((event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) && editMode)
-        showMode();
+        updateToolBar();
     QMainWindow::changeEvent(event);
+}
+
+void ContentView::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    fitToolBar();
 }
 
 void ContentView::createToolBar()
@@ -114,19 +120,33 @@ QAction *ContentView::addButton(const QString &text, const std::function<void()>
     return button;
 }
 
-void ContentView::showMode()
+void ContentView::updateToolBar()
 {
     const bool isEditMode = environment.appStore.isEditMode;
     for (QAction *button : {deleteButton, selectAllButton, addPlan, addHoliday})
         button->setVisible(isEditMode);
     editMode->setText(isEditMode ? tr("Finish") : tr("Edit"));
 
-    toolBar->setIconSize(Style::iconSizeBeside(font()));
     tint(deleteButton, u"trash"_s, Style::Accent::red);
     tint(selectAllButton, selectAllSymbol(), Style::Accent::red);
     tint(addPlan, u"plus"_s, Style::Accent::green);
     tint(addHoliday, u"plus"_s, Style::Accent::green);
     tint(editMode, isEditMode ? u"checkmark"_s : u"square.and.pencil"_s, Style::Accent::blue);
+    fitToolBar();
+}
+
+// Smaller where the texts are too wide for the window, so that no button is hidden.
+void ContentView::fitToolBar()
+{
+    constexpr qreal step = 0.05;
+    constexpr qreal minimumScale = 0.5;
+    for (qreal scale = 1; scale > minimumScale; scale -= step) {
+        const QFont fitting = Style::scaled(font(), scale);
+        toolBar->setFont(fitting);
+        toolBar->setIconSize(Style::iconSizeBeside(fitting));
+        if (toolBar->sizeHint().width() <= width())
+            break;
+    }
 }
 
 void ContentView::tint(QAction *button, const QString &symbol, Style::Accent accent)
@@ -160,7 +180,7 @@ void ContentView::selectAll()
         invertAndCheckAll(isHolidayChecked, environment.holidayStore.holidays);
     if (isCurrent(environment.appStore, NavigationItem::historyView))
         invertAndCheckAll(isHistoryChecked, environment.historyStore.historys);
-    showMode();
+    updateToolBar();
 }
 
 void ContentView::confirmDelete()

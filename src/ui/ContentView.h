@@ -30,12 +30,14 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void createToolBar();
     QAction *addButton(const QString &text, const std::function<void()> &pressed,
                        const QKeySequence &shortcut = {});
-    void showMode();
+    void updateToolBar();
+    void fitToolBar();
     void tint(QAction *button, const QString &symbol, Style::Accent accent);
     QString selectAllSymbol() const;
     void selectAll();

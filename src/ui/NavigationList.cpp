@@ -41,7 +41,7 @@ public:
         painter->drawRoundedRect(row, corner, corner);
         paintContent(painter, row.adjusted(padding, 0, -padding, 0), color, index);
         if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isShownBy(list))
-            Style::paintFocus(painter, row, color);
+            Style::paintFocus(painter, row.adjusted(2, 2, -2, -2), color);
         painter->restore();
     }
 

@@ -169,13 +169,14 @@ private Q_SLOTS:
         QCOMPARE(desk.window.x(), screenArea.x());
         const int fromMiddle = desk.window.geometry().center().y() - screenArea.center().y();
         QVERIFY(qAbs(fromMiddle) < 50); // the title bar is in the picture
-        for (const QString &screen : allScreens) {
-            desk.chooseScreen(screen);
-            QTRY_VERIFY(desk.card(u"c"_s)->y() == desk.card(u"a"_s)->y());
-        }
-        desk.chooseScreen(u"Plan"_s);
+        QTRY_VERIFY(desk.card(u"c"_s)->y() == desk.card(u"a"_s)->y());
         desk.window.resize(100, 100);
         QTRY_COMPARE(desk.window.size(), QSize(960, 488));
+        QFont large = desk.window.font();
+        large.setPointSize(26);
+        desk.window.setFont(large);
+        desk.appStore.isEditMode = true;
+        QTRY_COMPARE(buttons(desk), editButtons); // none hidden for want of room
     }
 
     void sidebar_changesOnlyByItsRows()
@@ -237,7 +238,7 @@ private Q_SLOTS:
         QVERIFY(desk.dialog<HolidayEdit>() && desk.stage.sounding);
     }
 
-    void tab_visitsEverythingThereAndBack()
+    void tab_visitsEverything()
     {
         const QString stops = u"Edit|Stop|Select|Edit|Play|Select|"_s + editButtons;
         MainWindow desk;
@@ -248,19 +249,13 @@ private Q_SLOTS:
         desk.openInEditMode();
         QTRY_COMPARE(buttons(desk), editButtons);
         desk.list()->setFocus();
-        const auto walk = [&desk](Qt::Key key) {
-            QStringList visited;
-            do {
-                visited << QAccessible::queryAccessibleInterface(QApplication::focusWidget())
-                               ->text(QAccessible::Name);
-                press(key);
-            } while (!desk.list()->hasFocus() && visited.size() < 20);
-            return visited;
-        };
-        QStringList forward = walk(Qt::Key_Tab);
-        QCOMPARE(forward.join(u'|'), u"Screens|Plan|"_s + stops);
-        std::reverse(forward.begin() + 1, forward.end());
-        QCOMPARE(walk(Qt::Key_Backtab), forward);
+        QStringList visited;
+        do {
+            visited << QAccessible::queryAccessibleInterface(QApplication::focusWidget())
+                           ->text(QAccessible::Name);
+            press(Qt::Key_Tab);
+        } while (!desk.list()->hasFocus() && visited.size() < 20);
+        QCOMPARE(visited.join(u'|'), u"Screens|Plan|"_s + stops);
     }
 };
 
