@@ -9,7 +9,7 @@
     </message>
     <message>
         <source>Bells will be silent: a part of Belfry cannot be loaded. Install Belfry again.</source>
-        <translation>Les sonneries resteront muettes : une partie de Belfry ne peut pas être chargée. Réinstallez Belfry.</translation>
+        <translation>Les sonneries resteront muettes&#xa0;: une partie de Belfry ne peut pas être chargée. Réinstallez Belfry.</translation>
     </message>
     <message>
         <source>OK</source>
