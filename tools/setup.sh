@@ -7,12 +7,12 @@ fail() { echo "$(basename "$0"): $*" >&2; exit 1; }
 
 build_tools="g++ cmake ninja-build pkg-config sqlite3 librsvg2-bin qt6-l10n-tools"
 build_libraries="qt6-base-dev libsqlite3-dev libavformat-dev libavcodec-dev libswresample-dev
-    libavutil-dev libpulse-dev"
+    libavutil-dev libpulse-dev libxcb1-dev"
 build_packages="$build_tools $build_libraries"
 # The fonts have the letters of every translation.
 test_packages="appstream dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
     fonts-wqy-microhei libfaketime lintian pipewire pipewire-pulse pulseaudio pulseaudio-utils python3
-    python3-dbusmock qt6-translations-l10n tzdata wireplumber"
+    python3-dbusmock qt6-translations-l10n tzdata wireplumber xvfb"
 bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pipewire-pulse pulseaudio
     pulseaudio-utils python3 qt6-wayland weston wireplumber xvfb"
 
@@ -26,7 +26,7 @@ check_tools() {
     for tool in cmake ninja pkg-config c++ sqlite3 rsvg-convert; do
         command -v $tool >/dev/null || missing="$missing $tool"
     done
-    for library in Qt6Widgets Qt6DBus sqlite3 libavformat libavcodec libswresample libavutil libpulse; do
+    for library in Qt6Widgets Qt6DBus sqlite3 libavformat libavcodec libswresample libavutil libpulse xcb; do
         pkg-config --exists $library 2>/dev/null || missing="$missing $library"
     done
     [ -z "$missing" ] || fail "there is no apt-get here; install these first:$missing"

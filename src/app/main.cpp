@@ -4,6 +4,7 @@
 #include "platform/Resources.h"
 #include "platform/SingleInstance.h"
 #include "store/SQLiteHelper.h"
+#include "toolkit/DisplayGuard.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -59,6 +60,7 @@ int main(int argc, char *argv[])
         return EXIT_FAILURE;
     QApplication::setWindowIcon(windowIcon());
 
+    const DisplayGuard displayGuard;
     BelfryApp belfry;
     QObject::connect(&instance, &SingleInstance::activated, &application, [&belfry] { belfry.activate(); });
     belfry.show();
