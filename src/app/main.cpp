@@ -5,6 +5,7 @@
 #include "platform/SingleInstance.h"
 #include "store/SQLiteHelper.h"
 #include "toolkit/DisplayGuard.h"
+#include "toolkit/FileChooser.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -51,6 +52,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
     const bool hasBus = MessageBus::passOverFrozen();
+    FileChooser::preferPortal();
     QApplication application(argc, argv);
     const ExitSignals exitSignals;
     SingleInstance instance; // before the timetable is touched

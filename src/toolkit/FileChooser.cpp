@@ -1,5 +1,8 @@
 #include "toolkit/FileChooser.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -36,12 +39,37 @@ QString folderOf(const QString &current)
 
 } // namespace
 
-FileChooser::FileChooser(const QString &current, QWidget *over)
-    : QFileDialog(over, tr("Select a file"), folderOf(current))
+void FileChooser::preferPortal()
+{
+    constexpr char variable[] = "QT_QPA_PLATFORMTHEME";
+    if (qEnvironmentVariableIsEmpty(variable))
+        qputenv(variable, "xdgdesktopportal"); // which passes on everything else of the desktop's own theme
+}
+
+FileChooser::FileChooser(const QString &current, QWidget *parent)
+    : QFileDialog(parent, tr("Select a file"), folderOf(current))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
     setFileMode(ExistingFile);
     setOption(HideNameFilterDetails);
     setNameFilters({soundFilter(), tr("All files (*)")});
+}
+
+void FileChooser::open()
+{
+    constexpr int timeoutMs = 2000;
+    auto version = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
+                                                  u"/org/freedesktop/portal/desktop"_s,
+                                                  u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    version << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
+    const QDBusPendingCall call = QDBusConnection::sessionBus().asyncCall(version, timeoutMs);
+    const auto show = [this](const QDBusPendingCall &reply) {
+        setOption(DontUseNativeDialog, reply.isError());
+        QFileDialog::open();
+    };
+    if (call.isFinished()) // at once where there is no bus
+        return show(call);
+    auto *watcher = new QDBusPendingCallWatcher(call, this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, show] { show(*watcher); });
 }
