@@ -57,10 +57,8 @@ QSize Card::sizeHint() const
 
 void Card::setTitle(const QString &newTitle)
 {
-    if (title() == newTitle)
-        return;
     titleLabel->setText(newTitle);
-    group->setAccessibleName(newTitle);
+    group->setAccessibleName(title());
 }
 
 void Card::setColor(const QColor &newColor)

@@ -481,7 +481,10 @@ QWidget *CardGrid::controlFrom(int index, int step)
         if (!source.hasControls(index))
             continue;
         reveal(index);
-        const QList<QWidget *> controls = places[size_t(index - firstPlace)].card->controls();
+        const size_t place = size_t(index - firstPlace);
+        if (place >= places.size()) // the list has changed, with the refresh still to come
+            continue;
+        const QList<QWidget *> controls = places[place].card->controls();
         if (!controls.isEmpty())
             return step > 0 ? controls.first() : controls.last();
     }

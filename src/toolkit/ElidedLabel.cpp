@@ -16,6 +16,12 @@ ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
 }
 
+void ElidedLabel::setText(const QString &text)
+{
+    constexpr qsizetype maxLength = 1000;
+    QLabel::setText(text.size() > maxLength ? text.first(maxLength) + u'…' : text);
+}
+
 bool ElidedLabel::isElided() const
 {
     return sizeHint().width() > width();
