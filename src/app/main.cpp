@@ -1,5 +1,6 @@
 #include "app/BelfryApp.h"
 #include "platform/ExitSignals.h"
+#include "platform/Log.h"
 #include "platform/MessageBus.h"
 #include "platform/Resources.h"
 #include "platform/SingleInstance.h"
@@ -18,7 +19,7 @@
 namespace {
 
 // One that is closed at our start would become the connection to the display, and our lines go there.
-void occupyStandardDescriptors()
+void openStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(descriptor, F_GETFD) < 0)
@@ -44,14 +45,15 @@ QIcon windowIcon()
 
 int main(int argc, char *argv[])
 {
-    occupyStandardDescriptors();
+    openStandardDescriptors();
     // A reader of our output that goes away must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
 
+    Log::captureQtMessages();
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
-    const bool hasBus = MessageBus::passOverFrozen();
+    const bool hasBus = MessageBus::disableUnresponsive();
     FileChooser::preferPortal();
     QApplication application(argc, argv);
     const ExitSignals exitSignals;

@@ -13,26 +13,26 @@ namespace {
 
 constexpr int exitSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-// Hardly anything is allowed in a signal handler, but to write into a pipe is.
+// The self-pipe: hardly anything is allowed in a signal handler, but writing to a pipe is.
 int pipeEnds[2] = {-1, -1};
 
-void pass(int)
+void onSignal(int)
 {
     const int error = errno;
-    const char anything = 0;
-    [[maybe_unused]] const auto written = ::write(pipeEnds[1], &anything, 1);
+    const char byte = 0;
+    [[maybe_unused]] const auto written = ::write(pipeEnds[1], &byte, 1);
     errno = error;
 }
 
-// But for the signals that the program was started to ignore, as nohup does it.
+// Except for signals that the program was started to ignore, as nohup does.
 void handleExitSignals(void (*handler)(int), int flags)
 {
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = flags;
     for (const int signal : exitSignals) {
-        struct sigaction present = {};
-        if (::sigaction(signal, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
+        struct sigaction current = {};
+        if (::sigaction(signal, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
             ::sigaction(signal, &action, nullptr);
     }
 }
@@ -43,12 +43,12 @@ ExitSignals::ExitSignals(QObject *parent) : QObject(parent)
 {
     if (::pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    auto *arrival = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
-    connect(arrival, &QSocketNotifier::activated, this, [arrival] {
-        arrival->setEnabled(false);
+    auto *notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [notifier] {
+        notifier->setEnabled(false);
         QCoreApplication::exit();
     });
-    handleExitSignals(pass, SA_RESTART | SA_RESETHAND);
+    handleExitSignals(onSignal, SA_RESTART | SA_RESETHAND);
 }
 
 ExitSignals::~ExitSignals()

@@ -2,8 +2,7 @@
 
 #include <QObject>
 
-/// Ends the program in good order when the system tells it to: a log-out, a shutdown, the end of its
-/// terminal.
+/// Ends the program cleanly when the system tells it to: a log-out, a shutdown, the end of its terminal.
 ///
 /// While one lives, SIGTERM, SIGINT and SIGHUP end the event loop, with exit code 0, between two events and
 /// whatever sheet is open: what was being written to the timetable is written to its end. The same signal

@@ -3,15 +3,16 @@
 #include <QDBusUnixFileDescriptor>
 #include <QObject>
 
-class QDBusPendingCall;
-
-/// Keeps the machine from falling asleep through a bell while nobody uses it, for as long as it lives. To
-/// send it to sleep by hand stays possible.
+/// Keeps the machine from suspending by itself while nobody uses it, for as long as it lives. The user can
+/// still suspend it.
 ///
-/// It asks the system's login manager, whose lock lasts as long as a descriptor is open, and the session
-/// manager (GNOME) or power manager (Xfce) of those desktops that do not look at that lock. Nothing waits for
-/// the answers.
-/// When the login manager refuses or is not there, the log says so once.
+/// It asks systemd-logind, which Plasma follows, the power manager of Xfce, and the session manager of GNOME
+/// and its relatives. All calls are asynchronous, and are repeated when a service comes back. When logind
+/// refuses or is not there, the log says so once.
+///
+/// GNOME's session manager holds a logind lock on every suspend for its inhibitors, and since systemd 257
+/// "Suspend" in the menu fails under such a lock. So where GNOME's compositor tells when there is no input,
+/// Belfry inhibits only then.
 class IdleInhibitor final : public QObject
 {
     Q_OBJECT
@@ -20,11 +21,21 @@ class IdleInhibitor final : public QObject
 public:
     explicit IdleInhibitor(QObject *parent = nullptr);
 
-private:
-    void askLoginManager();
-    void take(const QDBusPendingCall &answer);
-    void askDesktop();
+private Q_SLOTS:
+    void onWatchFired(uint watch);
 
-    QDBusUnixFileDescriptor lock;
+private:
+    void inhibitViaLogind();
+    void inhibitViaPowerManager();
+    void watchInput();
+    void inhibitViaSessionManager();
+    void releaseSessionManager();
+
+    QDBusUnixFileDescriptor logindLock;
     bool hasLogged = false;
+
+    uint inputlessWatch = 0; // fires whenever there has been no input for a while
+    uint inputWatch = 0;     // fires once, at the next input
+    bool isInhibiting = false;
+    uint cookie = 0; // of the session manager's inhibitor, as soon as it is known
 };

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <mutex>
 #include <poll.h>
 #include <unistd.h>
 
@@ -18,18 +19,21 @@ Log::Sink &sink()
     return instance;
 }
 
-// A pipe that polls as writable takes 4096 bytes without waiting: hence the size of a piece.
-constexpr qsizetype pieceSize = 4096;
+// A pipe that polls as writable takes 4096 bytes without blocking.
+constexpr qsizetype chunkSize = 4096;
 
 void writeLine(int fd, const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
+    // Two threads that poll first and then both write could block.
+    static std::mutex mutex;
+    const std::lock_guard guard(mutex);
     for (qsizetype done = 0; done < bytes.size();) {
         pollfd out{fd, POLLOUT, 0};
         if (::poll(&out, 1, 0) != 1 || out.revents != POLLOUT)
             return;
         const auto written =
-            ::write(fd, bytes.constData() + done, size_t(std::min(pieceSize, bytes.size() - done)));
+            ::write(fd, bytes.constData() + done, size_t(std::min(chunkSize, bytes.size() - done)));
         if (written <= 0)
             return;
         done += written;
@@ -51,6 +55,13 @@ void Log::write(const QString &line)
 void Log::print(const QString &line)
 {
     writeLine(STDOUT_FILENO, line);
+}
+
+void Log::captureQtMessages()
+{
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &message) {
+        write(qFormatLogMessage(type, context, message));
+    });
 }
 
 void Log::setSink(Sink newSink)

@@ -6,8 +6,8 @@
 
 /// The platform log and standard output, one line at a time.
 ///
-/// A reader that has gone away or does not read any more costs the line, never the program: nothing
-/// here waits, and nothing here fails.
+/// A reader that has gone away or has stopped reading costs the line, never the program: nothing here blocks,
+/// and nothing here fails. May be used from any thread.
 namespace Log {
 
 /// Writes a line to standard error, behind a time stamp, the program's name and its process id.
@@ -15,6 +15,9 @@ void write(const QString &line);
 
 /// Writes a line to standard output, just as it is, and flushes it.
 void print(const QString &line);
+
+/// Sends the messages of Qt and its plugins to write(). Fatal ones still end the program.
+void captureQtMessages();
 
 using Sink = std::function<void(const QString &line)>;
 

@@ -22,9 +22,9 @@ namespace {
 constexpr char sessionVariable[] = "DBUS_SESSION_BUS_ADDRESS";
 constexpr char systemVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 
-QByteArray addressIn(const char *variable, const QByteArray &otherwise)
+QByteArray addressIn(const char *variable, const QByteArray &fallback)
 {
-    return qEnvironmentVariableIsEmpty(variable) ? otherwise : qgetenv(variable);
+    return qEnvironmentVariableIsEmpty(variable) ? fallback : qgetenv(variable);
 }
 
 // The name of the socket in an address such as "unix:path=/run/user/1000/bus,guid=…", with a null byte in
@@ -43,13 +43,14 @@ QByteArray socketName(const QByteArray &address)
     return {};
 }
 
-// A connection to a bus that has been asked which ways of logging in there are.
-class Question final
+// A connection to a bus that has been asked which authentication mechanisms it has. By hand, because neither
+// QtDBus nor libdbus takes a timeout for connecting, and Qt itself connects while QApplication is made.
+class BusProbe final
 {
-    Q_DISABLE_COPY_MOVE(Question)
+    Q_DISABLE_COPY_MOVE(BusProbe)
 
 public:
-    explicit Question(const QByteArray &address)
+    explicit BusProbe(const QByteArray &address)
     {
         const QByteArray name = socketName(address);
         sockaddr_un socketAddress{AF_UNIX, {}};
@@ -58,15 +59,15 @@ public:
         std::memcpy(socketAddress.sun_path, name.constData(), size_t(name.size()));
         const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + size_t(name.size()));
         if (::connect(socket, reinterpret_cast<const sockaddr *>(&socketAddress), size) != 0)
-            isWaiting = errno == EAGAIN; // so many wait already
+            isWaiting = errno == EAGAIN; // its queue is full
         else
             isWaiting = ::send(socket, "\0AUTH\r\n", 7, MSG_NOSIGNAL) == 7;
     }
 
-    ~Question() { ::close(socket); }
+    ~BusProbe() { ::close(socket); }
 
-    // False when the bus is there and says nothing until `deadline`.
-    bool isAnswered(QDeadlineTimer deadline) const
+    // False when the bus is there and sends nothing until `deadline`.
+    bool responds(QDeadlineTimer deadline) const
     {
         pollfd answer{socket, POLLIN, 0};
         return !isWaiting || ::poll(&answer, 1, int(deadline.remainingTime())) != 0;
@@ -79,22 +80,22 @@ private:
 
 } // namespace
 
-bool MessageBus::passOverFrozen()
+bool MessageBus::disableUnresponsive()
 {
-    const QByteArray usualSocket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
+    const QByteArray defaultSocket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
     const bool hasSession = qEnvironmentVariableIsEmpty(sessionVariable)
-                                ? ::access(usualSocket.constData(), F_OK) == 0
+                                ? ::access(defaultSocket.constData(), F_OK) == 0
                                 : !qgetenv(sessionVariable).startsWith("disabled:");
-    const Question session(addressIn(sessionVariable, "unix:path=" + usualSocket));
-    const Question system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
+    const BusProbe session(addressIn(sessionVariable, "unix:path=" + defaultSocket));
+    const BusProbe system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
     const QDeadlineTimer deadline(2s);
-    const auto passOver = [&deadline](const Question &bus, const char *variable, const QString &name) {
-        if (bus.isAnswered(deadline))
+    const auto check = [&deadline](const BusProbe &bus, const char *variable, const QString &name) {
+        if (bus.responds(deadline))
             return;
         qputenv(variable, "disabled:");
-        Log::write(u"The message bus of the %1 does not answer; Belfry does without it."_s.arg(name));
+        Log::write(u"%1 bus is not responding; continuing without it"_s.arg(name));
     };
-    passOver(session, sessionVariable, u"session"_s);
-    passOver(system, systemVariable, u"system"_s);
+    check(session, sessionVariable, u"Session"_s);
+    check(system, systemVariable, u"System"_s);
     return hasSession;
 }

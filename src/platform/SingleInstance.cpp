@@ -3,84 +3,109 @@
 #include "platform/Log.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDeadlineTimer>
+#include <QDBusReply>
+#include <QFile>
 
+#include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
-
-constexpr int patience = 2000; // milliseconds
 
 // The right to take the focus that Wayland's desktops hand to a program that they start: where they put it,
 // and where Qt looks for it. For X11 there is no such thing that Qt would look at after the start.
 constexpr char tokenVariable[] = "XDG_ACTIVATION_TOKEN";
 constexpr QLatin1String tokenKey("activation-token");
 
-// Whether the program has the name now; a bus that does not say so does not keep a program from running.
-bool takeName(const QDBusConnection &bus)
+int timeoutMs(QDeadlineTimer deadline)
 {
-    constexpr uint doNotQueue = 4;
-    constexpr uint exists = 3;
-    auto request = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
-                                                  u"org.freedesktop.DBus"_s, u"RequestName"_s);
-    request << QStringLiteral(BELFRY_ID) << doNotQueue;
-    const QDBusMessage reply = bus.call(request, QDBus::Block, patience);
-    return reply.arguments().value(0).toUInt() != exists;
+    return std::max(1, int(deadline.remainingTime())); // 0 and less have meanings of their own
 }
 
-// Whether the program that has the name has taken the call.
-bool activateOther(const QDBusConnection &bus, const QString &path)
+// False when another program owns the name; a bus that does not say so keeps no program from running.
+bool requestName(QDBusConnectionInterface &bus, QDeadlineTimer deadline)
+{
+    bus.setTimeout(timeoutMs(deadline));
+    const auto reply = bus.registerService(QStringLiteral(BELFRY_ID));
+    return !reply.isValid() || reply.value() == QDBusConnectionInterface::ServiceRegistered;
+}
+
+// Whether the program that owns the name has answered the call.
+bool activateOther(const QDBusConnection &bus, const QString &path, QDeadlineTimer deadline)
 {
     auto activate = QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), path,
                                                    u"org.freedesktop.Application"_s, u"Activate"_s);
     activate << QVariantMap{{tokenKey, qEnvironmentVariable(tokenVariable)}};
     activate.setAutoStartService(false);
-    return bus.call(activate, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
+    return bus.call(activate, QDBus::Block, timeoutMs(deadline)).type() == QDBusMessage::ReplyMessage;
+}
+
+// Opens the lock file, which is made if need be; -1 where that is not possible. Whatever else lies there is
+// neither waited for nor changed.
+int openLockFile(const QByteArray &folder)
+{
+    const QByteArray path = folder + "/" BELFRY_ID ".lock";
+    const int file = ::open(path, O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+    struct stat status = {};
+    if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)))
+        return file;
+    ::close(file);
+    return -1;
 }
 
 } // namespace
 
-bool SingleInstance::claim(bool hasBus)
+SingleInstance::~SingleInstance()
 {
-    return claimName() && (!hasBus || claimLock());
+    if (lock >= 0)
+        ::close(lock);
 }
 
-// Whether no other program has the name; if one has, it is told to come to the front.
-bool SingleInstance::claimName()
+bool SingleInstance::claim(bool hasBus)
+{
+    const QDeadlineTimer deadline(2s);
+    return claimName(deadline) && (!hasBus || claimLock(deadline));
+}
+
+// Whether no other program owns the name; if one does, its window is raised.
+bool SingleInstance::claimName(QDeadlineTimer deadline)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return true;
     // First, so that whoever sees the name finds the object.
     const QString path = u'/' + QStringLiteral(BELFRY_ID).replace(u'.', u'/');
     bus.registerObject(path, this, QDBusConnection::ExportScriptableSlots);
-    for (int attempt = 0; attempt < 3; ++attempt) {
-        if (takeName(bus))
+    // More than once, as the other program may just have ended.
+    for (int attempt = 0; attempt < 3 && !deadline.hasExpired(); ++attempt) {
+        if (requestName(*bus.interface(), deadline))
             return true;
-        if (activateOther(bus, path)) {
-            Log::write(u"Belfry is running already: its window comes to the front."_s);
+        if (activateOther(bus, path, deadline)) {
+            Log::write(u"Already running; raising its window"_s);
             return false;
         }
-        // It may just have ended.
     }
-    Log::write(u"Belfry is running already, but does not answer."_s);
+    Log::write(u"Already running, but not responding"_s);
     return false;
 }
 
-// Whether no other program has the lock. One that is just ending is waited for.
-bool SingleInstance::claimLock()
+// Whether no other program holds the lock. One that is just ending is waited for.
+bool SingleInstance::claimLock(QDeadlineTimer deadline)
 {
-    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    lock.setFileName(folder + u"/" BELFRY_ID ".lock"_s);
-    if (folder.isEmpty() || !lock.open(QIODevice::WriteOnly))
-        return true;
-    const QDeadlineTimer deadline(patience);
-    while (::flock(lock.handle(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
+    if (!folder.isEmpty())
+        lock = openLockFile(folder);
+    while (lock >= 0 && ::flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         if (deadline.hasExpired()) {
-            Log::write(u"Belfry is running already, but cannot be reached."_s);
+            Log::write(u"Already running, but not reachable on the session bus"_s);
             return false;
         }
         ::usleep(20000);

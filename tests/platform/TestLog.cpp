@@ -1,8 +1,10 @@
 #include "platform/Log.h"
 
 #include <QTest>
+#include <QThread>
 
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -12,27 +14,42 @@ class TestLog final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // What cannot be written would stop or end a program that just wrote: it would not come to the end here.
-    void print_writesTheLineAtOnce_orDropsIt()
+    // What cannot be written would block or end a program that just wrote: it would not come to the end here.
+    void line_isWrittenAtOnce_orDropped()
     {
         int ends[2];
         QVERIFY(::pipe2(ends, O_NONBLOCK) == 0);
-        const int before = ::dup(STDOUT_FILENO);
+        const int before[]{::dup(STDOUT_FILENO), ::dup(STDERR_FILENO)};
         ::fcntl(ends[1], F_SETFL, 0);
         ::dup2(ends[1], STDOUT_FILENO);
+        ::dup2(ends[1], STDERR_FILENO);
         ::close(ends[1]);
+        const QtMessageHandler testHandler = qInstallMessageHandler(nullptr);
+        Log::captureQtMessages();
 
         Log::print(u"错误: "_s);
-        char text[100];
+        qWarning("from Qt");
+        char text[200];
         const auto length = ::read(ends[0], text, sizeof text);
-        for (int i = 0; i < 1000; ++i) // nobody reads
-            Log::print(QString(1000, u'x'));
+        const auto flood = [] {
+            for (int i = 0; i < 1000; ++i) { // nobody reads
+                Log::print(QString(1000, u'x'));
+                qWarning("%s", QByteArray(5000, 'x').constData());
+            }
+        };
+        const std::unique_ptr<QThread> thread(QThread::create(flood));
+        thread->start();
+        flood();
+        QVERIFY(thread->wait());
         ::close(ends[0]);
         Log::print(u"The reader has gone."_s);
 
-        ::dup2(before, STDOUT_FILENO);
-        ::close(before);
-        QCOMPARE(QString::fromUtf8(text, length), u"错误: \n"_s);
+        qInstallMessageHandler(testHandler);
+        ::dup2(before[0], STDOUT_FILENO);
+        ::dup2(before[1], STDERR_FILENO);
+        const QString lines = QString::fromUtf8(text, length);
+        QVERIFY(lines.startsWith(u"错误: \n"_s));
+        QVERIFY(lines.endsWith(u"] from Qt\n"_s));
     }
 };
 
