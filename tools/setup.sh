@@ -12,7 +12,7 @@ build_packages="$build_tools $build_libraries"
 # The fonts have the letters of every translation.
 test_packages="appstream dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
     fonts-wqy-microhei libfaketime lintian pipewire pipewire-pulse pulseaudio pulseaudio-utils python3
-    python3-dbusmock qt6-translations-l10n tzdata wireplumber xvfb"
+    qt6-translations-l10n tzdata wireplumber xvfb"
 bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pipewire-pulse pulseaudio
     pulseaudio-utils python3 qt6-wayland weston wireplumber xvfb"
 
