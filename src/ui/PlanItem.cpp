@@ -14,6 +14,8 @@
 
 #include <QHBoxLayout>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment(environment)
@@ -33,10 +35,7 @@ PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment
     addLine(playbackRow);
 
     connect(edit, &IconButton::clicked, this, &PlanItem::showPlanEdit);
-    connect(play, &IconButton::clicked, this, [this] {
-        ManualPlayback::toggle(Plan(plan), this->environment.planStore, this->environment.historyStore,
-                               this->environment.avPlayer);
-    });
+    connect(play, &IconButton::clicked, this, &PlanItem::togglePlaying);
     connect(select, &IconButton::clicked, this, [this] { this->environment.planStore.toggleChecked(plan); });
 }
 
@@ -81,6 +80,17 @@ QWidget *PlanItem::makePlaybackRow()
     layout->addWidget(progress, 1);
     layout->addWidget(durationTime);
     return row;
+}
+
+// Clicks that come faster than the card can follow mean what it shows: the first one has done that already.
+void PlanItem::togglePlaying()
+{
+    const QList<Plan> &plans = environment.planStore.plans.value();
+    const auto current =
+        std::find_if(plans.begin(), plans.end(), [this](const Plan &p) { return p.id == plan.id; });
+    if (current == plans.end() || current->isPlaying != plan.isPlaying)
+        return;
+    ManualPlayback::toggle(Plan(plan), environment.planStore, environment.historyStore, environment.avPlayer);
 }
 
 void PlanItem::showPlanEdit()

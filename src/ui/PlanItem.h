@@ -22,6 +22,7 @@ public:
 
 private:
     QWidget *makePlaybackRow();
+    void togglePlaying();
     void showPlanEdit();
 
     Environment environment;
