@@ -45,8 +45,8 @@ void BelfryApp::activate()
     window.windowHandle()->setTitle(window.windowTitle());
     QTimer::singleShot(50ms, &window, [this] {
         window.raise();
-        // An editor over the window has the keys.
-        QWidget *sheet = QApplication::activeModalWidget();
-        (sheet ? sheet : &window)->activateWindow();
+        // The file panel, a window of its own, has the keys while it is open.
+        QWidget *filePanel = QApplication::activeModalWidget();
+        (filePanel ? filePanel : &window)->activateWindow();
     });
 }

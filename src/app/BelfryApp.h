@@ -31,7 +31,7 @@ public:
     /// machine awake.
     void show();
 
-    /// Brings the main window to the front, with the sheet over it if there is one.
+    /// Brings the main window to the front, and the file panel over it if that is open.
     void activate();
 
 private:

@@ -1,77 +1,92 @@
 #include "toolkit/Alert.h"
 
-#include "toolkit/FocusRing.h"
+#include "toolkit/ModalPanel.h"
 #include "toolkit/Style.h"
 
+#include <QDialogButtonBox>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
-
-using namespace Qt::StringLiterals;
+#include <QVBoxLayout>
 
 namespace {
 
-QMessageBox::ButtonRole roleInBox(Alert::Role role)
+constexpr int minimumWidth = 280;
+/// Where longer lines of a message are broken.
+constexpr int textWidth = 400;
+
+QLabel *makeLabel(const QString &text, const QFont &font)
 {
-    switch (role) {
-    case Alert::Role::destructive:
-        return QMessageBox::DestructiveRole;
-    case Alert::Role::cancel:
-        return QMessageBox::RejectRole;
+    auto *label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(font);
+    label->setText(text);
+    label->setWordWrap(true);
+    const int width = label->fontMetrics().size(0, text).width() + 1;
+    label->setFixedWidth(qBound(minimumWidth, width, Style::grown(textWidth, font)));
+    return label;
+}
+
+QPushButton *addButton(QDialogButtonBox *box, const Alert::Button &button)
+{
+    switch (button.role) {
     case Alert::Role::standard:
+        return box->addButton(button.text, QDialogButtonBox::AcceptRole);
+    case Alert::Role::cancel:
+        return box->addButton(button.text, QDialogButtonBox::RejectRole);
+    case Alert::Role::destructive:
         break;
     }
-    return QMessageBox::AcceptRole;
+    QPushButton *added = box->addButton(button.text, QDialogButtonBox::DestructiveRole);
+    QPalette palette = added->palette();
+    palette.setColor(QPalette::ButtonText, Style::accent(Style::Accent::red, palette));
+    added->setPalette(palette);
+    return added;
 }
 
-void addButton(QMessageBox *box, QWidget *over, const Alert::Button &wanted)
+// Adds the buttons, and returns the index of the one that Escape stands for.
+qsizetype addButtons(QDialogButtonBox *box, QDialog *panel, const QList<Alert::Button> &buttons)
 {
-    QPushButton *button = box->addButton(wanted.text, roleInBox(wanted.role));
-    if (wanted.role == Alert::Role::destructive) {
-        QPalette palette = button->palette();
-        palette.setColor(QPalette::ButtonText, Style::accent(Style::Accent::red, palette));
-        button->setPalette(palette);
-    } else if (wanted.role == Alert::Role::standard || !box->defaultButton()) {
-        box->setDefaultButton(button);
-    }
-    if (wanted.role == Alert::Role::cancel || !box->escapeButton())
-        box->setEscapeButton(button);
-    QObject::connect(box, &QMessageBox::finished, over, [box, button, action = wanted.action] {
-        // Closed by the window's own button, the box knows of no click.
-        const QAbstractButton *answer = box->clickedButton() ? box->clickedButton() : box->escapeButton();
-        if (answer == button && action)
-            action();
-    });
-}
-
-// The box would break even a short message early, to a width that is made for long texts, and read it as
-// HTML.
-void showAsItStands(QMessageBox *box, const QString &message)
-{
-    for (QLabel *label : box->findChildren<QLabel *>()) {
-        if (label->text() == message) {
-            label->setWordWrap(false);
-            label->setTextFormat(Qt::PlainText);
+    qsizetype escape = -1;
+    const QPushButton *defaultButton = nullptr;
+    for (qsizetype i = 0; i < buttons.size(); ++i) {
+        QPushButton *button = addButton(box, buttons[i]);
+        QObject::connect(button, &QPushButton::clicked, panel, [panel, i] { panel->done(int(i) + 1); });
+        const Alert::Role role = buttons[i].role;
+        if (role == Alert::Role::cancel || escape < 0)
+            escape = i;
+        if (role == Alert::Role::standard || (role == Alert::Role::cancel && !defaultButton)) {
+            defaultButton = button;
+            button->setDefault(true);
+            button->setFocus();
         }
     }
+    return escape;
 }
 
 } // namespace
 
-QMessageBox *Alert::show(QWidget *over, const QString &title, const QString &message,
-                         const QList<Button> &buttons)
+QDialog *Alert::show(QWidget *parent, const QString &title, const QString &message,
+                     const QList<Button> &buttons)
 {
-    auto *box = new QMessageBox(over->window());
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(Qt::WindowModal);
-    box->setWindowTitle(title);
-    box->setTextFormat(Qt::RichText);
-    box->setText(u"<b>"_s + title.toHtmlEscaped() + u"</b>"_s);
-    box->setInformativeText(message);
-    showAsItStands(box, message);
-    for (const Button &button : buttons)
-        addButton(box, over, button);
-    new FocusRing(box);
-    box->open();
-    return box;
+    auto *panel = new ModalPanel(Backdrop::Position::center, title, parent);
+    panel->setAccessibleDescription(message);
+    QFont bold = panel->font();
+    bold.setBold(true);
+    auto *box = new QDialogButtonBox;
+    auto *column = new QVBoxLayout(panel);
+    constexpr int margin = 2 * Style::inset;
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->addWidget(makeLabel(title, bold));
+    column->addWidget(makeLabel(message, panel->font()));
+    column->addSpacing(Style::spacing);
+    column->addWidget(box);
+
+    const qsizetype escape = addButtons(box, panel, buttons);
+    QObject::connect(panel, &QDialog::finished, parent, [buttons, escape](int result) {
+        const auto &action = buttons[result == QDialog::Rejected ? escape : result - 1].action;
+        if (action)
+            action();
+    });
+    panel->open();
+    return panel;
 }

@@ -5,10 +5,10 @@
 
 #include <functional>
 
-class QMessageBox;
+class QDialog;
 class QWidget;
 
-/// Messages over a window. None of them waits: the window stays locked until a button is pressed, and
+/// Messages in a window. None of them waits: the window stays locked until a button is pressed, and
 /// everything else goes on.
 namespace Alert {
 
@@ -26,8 +26,8 @@ struct Button
     std::function<void()> action;
 };
 
-/// Shows an alert over the window of `over` and returns it; it deletes itself when it closes. Closing it in
-/// another way presses the cancel button, or the only one. The actions die with `over`.
-QMessageBox *show(QWidget *over, const QString &title, const QString &message, const QList<Button> &buttons);
+/// Shows an alert in the window of `parent` and returns it; it deletes itself when it closes. Closing it in
+/// another way presses the cancel button, or the first one where none cancels. The actions die with `parent`.
+QDialog *show(QWidget *parent, const QString &title, const QString &message, const QList<Button> &buttons);
 
 } // namespace Alert

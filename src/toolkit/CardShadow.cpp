@@ -11,8 +11,6 @@
 namespace {
 
 constexpr int offset = 5;
-constexpr QColor blue{0, 122, 255};
-constexpr double opacity = 0.3;
 
 /// The distance of a point to the edge of a rounded square around the origin, negative inside.
 double distanceToEdge(double x, double y, double half)
@@ -25,7 +23,7 @@ double distanceToEdge(double x, double y, double half)
 
 } // namespace
 
-CardShadow::CardShadow(int radius) : radius(radius) {}
+CardShadow::CardShadow(int radius, const QColor &color) : radius(radius), color(color) {}
 
 int CardShadow::margin() const
 {
@@ -64,17 +62,17 @@ void CardShadow::render(qreal pixelRatio)
     const int side = qRound(2 * (half + reach) * pixelRatio);
     const double sigma = radius / 2.0;
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-    // A quarter is reckoned, the others are its mirror images.
+    // Compute one quadrant and mirror it.
     for (int y = 0; y < (side + 1) / 2; ++y) {
         for (int x = 0; x < (side + 1) / 2; ++x) {
             const double distance = distanceToEdge((x + 0.5 - side / 2.0) / pixelRatio,
                                                    (y + 0.5 - side / 2.0) / pixelRatio, half);
             const double cover = 0.5 * std::erfc(distance / (sigma * std::numbers::sqrt2));
-            QColor color = blue;
-            color.setAlphaF(float(opacity * cover));
+            QColor pixel = color;
+            pixel.setAlphaF(float(color.alphaF() * cover));
             for (const int row : {y, side - 1 - y}) {
                 for (const int column : {x, side - 1 - x})
-                    image.setPixel(column, row, qPremultiply(color.rgba()));
+                    image.setPixel(column, row, qPremultiply(pixel.rgba()));
             }
         }
     }

@@ -1,15 +1,16 @@
 #pragma once
 
+#include <QColor>
 #include <QPixmap>
 
 class QPainter;
 
-/// The soft blue shadow under a card. It is blurred once for each pixel ratio and then only stretched.
+/// The soft shadow under a card or a panel. It is blurred once for each pixel ratio and then only stretched.
 class CardShadow final
 {
 public:
-    /// `radius`: how far the blur reaches, in device-independent pixels.
-    explicit CardShadow(int radius);
+    /// `radius`: how far the blur reaches, in device-independent pixels. A card's own shadow is blue.
+    explicit CardShadow(int radius, const QColor &color = QColor(0, 122, 255, 77));
 
     /// How far the shadow reaches beyond the card.
     int margin() const;
@@ -22,5 +23,6 @@ private:
     void render(qreal pixelRatio);
 
     int radius;
+    QColor color;
     QPixmap tile;
 };

@@ -1,6 +1,5 @@
 #include "toolkit/Sheet.h"
 
-#include "toolkit/FocusRing.h"
 #include "toolkit/FormRow.h"
 #include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
@@ -31,11 +30,10 @@ protected:
 
 } // namespace
 
-Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window()), buttons(new FormRow(QString()))
+Sheet::Sheet(const QString &title, QWidget *parent)
+    : ModalPanel(Backdrop::Position::top, title, parent)
+    , buttons(new FormRow(QString()))
 {
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowModality(Qt::WindowModal);
-    setWindowTitle(title);
     setMaximumSize(Style::sheetMaximum);
 
     auto *content = new QWidget;
@@ -48,9 +46,7 @@ Sheet::Sheet(const QString &title, QWidget *over) : QDialog(over->window()), but
 
     auto *frame = new QVBoxLayout(this);
     frame->setContentsMargins(Style::inset, Style::inset, Style::inset, Style::inset);
-    frame->setSizeConstraint(QLayout::SetFixedSize);
     frame->addWidget(content);
-    new FocusRing(this);
 }
 
 void Sheet::addRow(QWidget *row)
@@ -66,12 +62,4 @@ QPushButton *Sheet::addButton(const QString &symbol, const QString &text)
     button->setDefault(!buttons->findChild<QPushButton *>());
     buttons->addField(button);
     return button;
-}
-
-void Sheet::showEvent(QShowEvent *event)
-{
-    QDialog::showEvent(event);
-    const QWidget *over = parentWidget();
-    const QPoint top = over->mapToGlobal(QPoint((over->width() - width()) / 2, 0));
-    move(top);
 }

@@ -1,23 +1,21 @@
 #pragma once
 
-#include <QDialog>
+#include "toolkit/ModalPanel.h"
 
 class FormRow;
 class QPushButton;
 class QVBoxLayout;
 
-/// An editor over its window: a column of rows, and buttons under their fields.
-///
-/// It is window-modal, appears at the top of its window, and deletes itself when it closes; show it with
-/// open(). Escape closes it, Enter presses its first button.
-class Sheet : public QDialog
+/// An editor that hangs under the toolbar of its window: a column of rows, and buttons under their fields.
+/// Enter presses its first button.
+class Sheet : public ModalPanel
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(Sheet)
 
 public:
-    /// `title` names the dialog; `over` is any widget of the window that it belongs to.
-    Sheet(const QString &title, QWidget *over);
+    /// `title` names the dialog; `parent` is any widget of the window that it belongs to.
+    Sheet(const QString &title, QWidget *parent);
 
 protected:
     /// Adds a row below those so far.
@@ -25,8 +23,6 @@ protected:
 
     /// Adds a button to the last row, with an icon before its text. The first one is the default.
     QPushButton *addButton(const QString &symbol, const QString &text);
-
-    void showEvent(QShowEvent *event) override;
 
 private:
     QVBoxLayout *rows;

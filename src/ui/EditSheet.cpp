@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-EditSheet::EditSheet(const QString &windowTitle, QWidget *over) : Sheet(windowTitle, over) {}
+EditSheet::EditSheet(const QString &windowTitle, QWidget *parent) : Sheet(windowTitle, parent) {}
 
 QLineEdit *EditSheet::textField(const QString &text)
 {
@@ -60,9 +60,9 @@ void EditSheet::setTitle(const QString &text)
 
 void EditSheet::save()
 {
-    const QString message = title().isEmpty() ? tr("Please input the Title") : missing();
+    const QString message = title().isEmpty() ? tr("Please input the Title") : validationError();
     if (!message.isEmpty())
         Alert::show(this, tr("Tip"), message, {{tr("OK")}});
-    else if (store())
+    else if (commit())
         accept();
 }

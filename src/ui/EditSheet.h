@@ -17,7 +17,7 @@ class EditSheet : public Sheet
 protected:
     enum class Purpose { add, modify };
 
-    EditSheet(const QString &windowTitle, QWidget *over);
+    EditSheet(const QString &windowTitle, QWidget *parent);
 
     /// A field for one line of text, of any length.
     static QLineEdit *textField(const QString &text);
@@ -39,10 +39,10 @@ protected:
 
 private:
     /// Names the first thing that is missing apart from the title; empty when nothing is.
-    virtual QString missing() const = 0;
+    virtual QString validationError() const = 0;
 
     /// Hands the record to its store; false when that refuses it.
-    virtual bool store() = 0;
+    virtual bool commit() = 0;
 
     void save();
 

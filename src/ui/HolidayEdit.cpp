@@ -4,18 +4,18 @@
 #include "store/Records.h"
 #include "toolkit/DateField.h"
 
-HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *over)
-    : HolidayEdit(Purpose::add, holidayStore, clock, Holiday(), over)
+HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *parent)
+    : HolidayEdit(Purpose::add, holidayStore, clock, Holiday(), parent)
 {}
 
 HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday,
-                         QWidget *over)
-    : HolidayEdit(Purpose::modify, holidayStore, clock, holiday, over)
+                         QWidget *parent)
+    : HolidayEdit(Purpose::modify, holidayStore, clock, holiday, parent)
 {}
 
 HolidayEdit::HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Clock &clock,
-                         const Holiday &holiday, QWidget *over)
-    : EditSheet(purpose == Purpose::add ? tr("Add Holiday") : tr("Modify"), over)
+                         const Holiday &holiday, QWidget *parent)
+    : EditSheet(purpose == Purpose::add ? tr("Add Holiday") : tr("Modify"), parent)
     , purpose(purpose)
     , holidayStore(holidayStore)
     , holiday(holiday)
@@ -28,12 +28,12 @@ HolidayEdit::HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Cloc
     addButtons(purpose);
 }
 
-QString HolidayEdit::missing() const
+QString HolidayEdit::validationError() const
 {
     return {};
 }
 
-bool HolidayEdit::store()
+bool HolidayEdit::commit()
 {
     holiday.isChecked = false;
     holiday.title = title();

@@ -16,17 +16,17 @@ class HolidayEdit final : public EditSheet
 
 public:
     /// For a new holiday: today.
-    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *over);
+    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *parent);
 
     /// For changing `holiday`, which keeps its id. A day of it that cannot be read is shown as today.
-    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday, QWidget *over);
+    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday, QWidget *parent);
 
 private:
     HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday,
-                QWidget *over);
+                QWidget *parent);
 
-    QString missing() const override;
-    bool store() override;
+    QString validationError() const override;
+    bool commit() override;
 
     Purpose purpose;
     HolidayStore &holidayStore;

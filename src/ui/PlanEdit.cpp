@@ -21,7 +21,7 @@ constexpr int loopYes = 0;
 constexpr int loopNo = 1;
 constexpr QSize fileIconSize{10, Style::iconSize};
 
-Plan onWorkingDays()
+Plan newPlanDefaults()
 {
     return {.isMusic = true, .week1 = true, .week2 = true, .week3 = true, .week4 = true, .week5 = true};
 }
@@ -36,16 +36,17 @@ QString titleOf(const QString &fileName)
 
 } // namespace
 
-PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *over)
-    : PlanEdit(Purpose::add, planStore, clock, onWorkingDays(), over)
+PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *parent)
+    : PlanEdit(Purpose::add, planStore, clock, newPlanDefaults(), parent)
 {}
 
-PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over)
-    : PlanEdit(Purpose::modify, planStore, clock, plan, over)
+PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent)
+    : PlanEdit(Purpose::modify, planStore, clock, plan, parent)
 {}
 
-PlanEdit::PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over)
-    : EditSheet(purpose == Purpose::add ? tr("Add Plan") : tr("Modify"), over)
+PlanEdit::PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan,
+                   QWidget *parent)
+    : EditSheet(purpose == Purpose::add ? tr("Add Plan") : tr("Modify"), parent)
     , purpose(purpose)
     , planStore(planStore)
     , plan(plan)
@@ -63,7 +64,7 @@ PlanEdit::PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, co
     addButtons(purpose);
 }
 
-QString PlanEdit::missing() const
+QString PlanEdit::validationError() const
 {
     if (std::none_of(week.begin(), week.end(), [](const QCheckBox *day) { return day->isChecked(); }))
         return tr("Please select the Week");
@@ -72,7 +73,7 @@ QString PlanEdit::missing() const
     return {};
 }
 
-bool PlanEdit::store()
+bool PlanEdit::commit()
 {
     plan.isChecked = plan.isPlaying = false;
     plan.title = title();
@@ -125,11 +126,11 @@ void PlanEdit::addMusicRow()
 void PlanEdit::chooseFile()
 {
     auto *chooser = new FileChooser(content->text(), this);
-    connect(chooser, &FileChooser::fileSelected, this, &PlanEdit::takeFile);
+    connect(chooser, &FileChooser::fileSelected, this, &PlanEdit::setFile);
     chooser->open();
 }
 
-void PlanEdit::takeFile(const QString &path)
+void PlanEdit::setFile(const QString &path)
 {
     plan.music = path.section(u'/', -1);
     content->setText(path);

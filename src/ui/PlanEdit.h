@@ -20,22 +20,22 @@ class PlanEdit final : public EditSheet
 
 public:
     /// For a new plan: now, on working days.
-    PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *over);
+    PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *parent);
 
     /// For changing `plan`, which keeps its id. A time of it that cannot be read is shown as now.
-    PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over);
+    PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent);
 
 private:
-    PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *over);
+    PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent);
 
-    QString missing() const override;
-    bool store() override;
+    QString validationError() const override;
+    bool commit() override;
 
     void addWeekRow();
     void addLoopRow();
     void addMusicRow();
     void chooseFile();
-    void takeFile(const QString &path);
+    void setFile(const QString &path);
 
     Purpose purpose;
     PlanStore &planStore;

@@ -14,6 +14,7 @@
 #include "support/Controls.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QGenericPlugin>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,9 +31,9 @@ namespace {
 
 QWidget *window()
 {
-    if (QWidget *sheet = QApplication::activeModalWidget())
-        return sheet;
     for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (const auto sheets = widget->findChildren<QDialog *>(); !sheets.isEmpty())
+            return sheets.last();
         if (qobject_cast<QMainWindow *>(widget))
             return widget;
     }
@@ -126,7 +127,7 @@ private:
         else if (verb == "type"_L1)
             isDone = type(root, name, words.value(2));
         else if (verb == "closed"_L1)
-            isDone = !QApplication::activeModalWidget();
+            isDone = !qobject_cast<QDialog *>(root);
         else if (verb == "minimise"_L1)
             isDone = (root->showMinimized(), root->isMinimized());
         else if (verb == "restored"_L1)

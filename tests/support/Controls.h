@@ -20,13 +20,14 @@ Widget *control(const QWidget *root, const QString &name)
     return nullptr;
 }
 
-/// Clicks the control of that name. False when there is none.
+/// Clicks the control of that name. False when there is none, or it takes no clicks.
 inline bool click(const QWidget *root, const QString &name)
 {
     auto *widget = control(root, name);
-    if (widget)
-        QTest::mouseClick(widget, Qt::LeftButton);
-    return widget;
+    if (!widget || !widget->isEnabled())
+        return false;
+    QTest::mouseClick(widget, Qt::LeftButton);
+    return true;
 }
 
 /// Replaces what stands in the line of text of that name. False when there is none.

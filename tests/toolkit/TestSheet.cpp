@@ -6,9 +6,9 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QLabel>
-#include <QMessageBox>
+#include <QDialog>
 #include <QPointer>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -21,7 +21,17 @@ class TestSheet final : public QObject
     Q_OBJECT
 
 private:
+    // A question in the window that notes how it is answered.
+    QDialog *confirm()
+    {
+        outcomes.clear();
+        return Alert::show(window.get(), u"Confirm"_s, u"<i>Really</i>?"_s,
+                           {{u"Delete"_s, Alert::Role::destructive, [this] { outcomes << u"deleted"_s; }},
+                            {u"Cancel"_s, Alert::Role::cancel, [this] { outcomes << u"cancelled"_s; }}});
+    }
+
     std::unique_ptr<QWidget> window;
+    QStringList outcomes;
 
 private Q_SLOTS:
     void init()
@@ -57,27 +67,52 @@ private Q_SLOTS:
 
     void alert_deletesNothingUnlessToldTo()
     {
-        const std::pair<std::function<void(QMessageBox &)>, QString> answers[]{
-            {[](QMessageBox &box) { click(&box, u"Delete"_s); }, u"deleted"_s},
-            {[](QMessageBox &box) { QTest::keyClick(box.focusWidget(), Qt::Key_Escape); }, u"cancelled"_s},
-            {[](QMessageBox &box) { QTest::keyClick(box.focusWidget(), Qt::Key_Return); }, u"cancelled"_s},
-            {[](QMessageBox &box) { box.close(); }, u"cancelled"_s},
+        const std::pair<std::function<void(QDialog &)>, QString> answers[]{
+            {[](QDialog &alert) { click(&alert, u"Delete"_s); }, u"deleted"_s},
+            {[](QDialog &alert) { QTest::keyClick(alert.focusWidget(), Qt::Key_Escape); }, u"cancelled"_s},
+            {[](QDialog &alert) { QTest::keyClick(alert.focusWidget(), Qt::Key_Return); }, u"cancelled"_s},
+            {[](QDialog &alert) { alert.close(); }, u"cancelled"_s},
         };
         for (const auto &[answer, outcome] : answers) {
-            QStringList outcomes;
-            const QPointer<QMessageBox> box =
-                Alert::show(window.get(), u"Confirm"_s, u"<i>Really</i>?"_s,
-                            {{u"Delete"_s, Alert::Role::destructive, [&] { outcomes << u"deleted"_s; }},
-                             {u"Cancel"_s, Alert::Role::cancel, [&] { outcomes << u"cancelled"_s; }}});
-            QVERIFY(QTest::qWaitForWindowExposed(box));
-            QStringList texts;
-            for (QLabel *label : box->findChildren<QLabel *>())
-                texts << QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
-            QVERIFY(texts.contains(u"Confirm"_s) && texts.contains(u"<i>Really</i>?"_s));
-            answer(*box);
-            QTRY_VERIFY(!box);
+            const QPointer alert = confirm();
+            const QAccessibleInterface *face = QAccessible::queryAccessibleInterface(alert);
+            QVERIFY(face->role() == QAccessible::AlertMessage && face->state().modal);
+            QCOMPARE(face->text(QAccessible::Name) + face->text(QAccessible::Description),
+                     u"Confirm<i>Really</i>?"_s);
+            answer(*alert);
+            QTRY_VERIFY(!alert);
             QCOMPARE(outcomes, QStringList(outcome));
         }
+    }
+
+    void panel_hasAllInputUntilItHasGone()
+    {
+        QPushButton behind(u"Behind"_s, window.get());
+        behind.resize(window->size());
+        behind.show();
+        behind.setFocus();
+        const QSignalSpy presses(&behind, &QPushButton::clicked);
+        const QPointer alert = confirm();
+        for (const Qt::Key key :
+             {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Backtab, Qt::Key_Backtab}) {
+            QTest::keyClick(QApplication::focusWidget(), key);
+            QVERIFY(alert->isAncestorOf(QApplication::focusWidget()));
+        }
+        const QPointer second = Alert::show(alert, u"Tip"_s, QString(), {{u"OK"_s}});
+        QVERIFY(!click(alert, u"Delete"_s));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QTRY_VERIFY(alert->isAncestorOf(QApplication::focusWidget()));
+        QVERIFY(!second && outcomes.isEmpty());
+
+        const QWidget *button = control(alert, u"Delete"_s);
+        const QPoint place = button->mapTo(window.get(), button->rect().center());
+        for (int i = 0; i < 3; ++i)
+            QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
+        QCOMPARE(outcomes, QStringList(u"deleted"_s));
+        QTRY_VERIFY(behind.hasFocus());
+        QCOMPARE(presses.size(), 0);
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
+        QCOMPARE(presses.size(), 1);
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()

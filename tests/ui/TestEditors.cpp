@@ -8,7 +8,6 @@
 #include <QCalendarWidget>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QWheelEvent>
@@ -66,7 +65,7 @@ private:
     {
         editor = opened;
         editor->open();
-        QVERIFY(QTest::qWaitForWindowActive(editor));
+        QVERIFY(QTest::qWaitForWindowActive(&window));
     }
 
     QWidget window;
@@ -167,12 +166,12 @@ private Q_SLOTS:
         desk.addPlan();
         const auto missing = [&desk] {
             click(desk.editor, u"Add"_s);
-            const QPointer alert = desk.editor->findChild<QMessageBox *>();
-            if (!alert || alert != QApplication::activeModalWidget())
+            const QPointer alert = qobject_cast<QDialog *>(QApplication::focusWidget()->parent()->parent());
+            if (!alert || desk.editor->isEnabled())
                 return QString();
-            const QString message = alert->windowTitle() + u": "_s + alert->informativeText();
+            const QString message = alert->windowTitle() + u": "_s + alert->accessibleDescription();
             click(alert, u"OK"_s);
-            return QTest::qWaitFor([&alert] { return !alert; }) ? message : QString();
+            return QTest::qWaitFor([&desk] { return desk.editor->isEnabled(); }) ? message : QString();
         };
         for (const auto &day : {u"Mon"_s, u"Tue"_s, u"Wed"_s, u"Thu"_s, u"Fri"_s})
             QVERIFY(click(desk.editor, day));
