@@ -1,6 +1,6 @@
 // A plugin for any Qt program that writes down the moment at which its first frame has been drawn and the
-// processor time it has had by then, in seconds, and its peak memory so far, in KB, and ends it. The program is not
-// changed for that: QT_QPA_GENERIC_PLUGINS names the plugin, FIRST_FRAME the file.
+// processor time it has had by then, in seconds, and its peak memory so far, in KB, and ends it. The program
+// is not changed for that: QT_QPA_GENERIC_PLUGINS names the plugin, FIRST_FRAME the file.
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -43,8 +43,8 @@ private:
         getrusage(RUSAGE_SELF, &usage);
         QFile file(qEnvironmentVariable("FIRST_FRAME"));
         if (file.open(QIODevice::WriteOnly))
-            file.write(QByteArray::number(moment, 'f', 6) + ' ' + QByteArray::number(processor, 'f', 6) + ' ' +
-                       QByteArray::number(qint64(usage.ru_maxrss)));
+            file.write(QByteArray::number(moment, 'f', 6) + ' ' + QByteArray::number(processor, 'f', 6) +
+                       ' ' + QByteArray::number(qint64(usage.ru_maxrss)));
         file.close();
         std::_Exit(EXIT_SUCCESS); // what its end would cost is not measured
     }

@@ -4,7 +4,8 @@
 
 #include <optional>
 
-/// The folder of files that the program ships with: the template database, the translations, the sample sound.
+/// The folder of files that the program ships with: the template database, the translations, the sample
+/// sound.
 class Resources final
 {
 public:
