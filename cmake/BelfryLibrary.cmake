@@ -1,3 +1,33 @@
+# The headers of Qt and of the standard library that most sources include. To parse them takes four fifths of the time
+# of a compilation, so they are precompiled: once for what links Qt Core alone, once for what links Qt Widgets.
+# Sources include what they use all the same; the build works without (CMAKE_DISABLE_PRECOMPILE_HEADERS).
+set(belfry_core_headers
+    <QCoreApplication> <QDateTime> <QFileInfo> <QList> <QSet> <QString> <QTimer> <QUuid> <QVariant>
+    <algorithm> <chrono> <functional> <memory> <optional> <span> <utility> <vector>)
+set(belfry_widgets_headers ${belfry_core_headers}
+    <QAbstractItemView> <QApplication> <QBoxLayout> <QDialog> <QLabel> <QLineEdit> <QMainWindow> <QPainter> <QPushButton>
+    <QStyleOption> <QToolButton>)
+
+foreach(kind core widgets)
+    set(owner belfry_${kind}_headers)
+    file(CONFIGURE OUTPUT ${owner}.cpp CONTENT "")
+    add_library(${owner} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${owner}.cpp)
+    set_target_properties(${owner} PROPERTIES AUTOMOC OFF)
+    target_precompile_headers(${owner} PRIVATE ${${owner}})
+endforeach()
+target_link_libraries(belfry_core_headers PRIVATE belfry_options Qt6::Core)
+target_link_libraries(belfry_widgets_headers PRIVATE belfry_options Qt6::Widgets)
+
+# belfry_precompiled_headers(TARGET): the set that suits the libraries that TARGET links.
+function(belfry_precompiled_headers target)
+    get_target_property(libraries ${target} LINK_LIBRARIES)
+    if(libraries MATCHES "Qt6::Widgets|belfry_(toolkit|ui|app)")
+        target_precompile_headers(${target} REUSE_FROM belfry_widgets_headers)
+    else()
+        target_precompile_headers(${target} REUSE_FROM belfry_core_headers)
+    endif()
+endfunction()
+
 # belfry_library(NAME FOLDER CLASSES class... [USES library...] [HIDES library...])
 #
 # One step of the house as a static library. CLASSES are the base names of its files in src/FOLDER
@@ -29,6 +59,7 @@ function(belfry_library name folder)
     endforeach()
     target_include_directories(${name} PUBLIC ${visible})
     target_link_libraries(${name} PUBLIC belfry_options ${ARG_USES} PRIVATE ${ARG_HIDES})
+    belfry_precompiled_headers(${name})
 endfunction()
 
 # belfry_test(FILE [LIBRARY...])
@@ -44,6 +75,7 @@ function(belfry_test file)
         BELFRY_SCHEMA="${PROJECT_SOURCE_DIR}/resources/schema.sql")
     add_dependencies(${name} resources)
     target_link_libraries(${name} PRIVATE belfry_options Qt6::Test ${ARGN})
+    belfry_precompiled_headers(${name})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test")
