@@ -22,12 +22,14 @@ QLineEdit *EditSheet::textField(const QString &text)
 
 void EditSheet::addTitleRow(const QString &text)
 {
-    titleField = textField(text);
+    titleField = new QLineEdit; // of a limited length: to lay out millions of characters takes seconds
+    setTitle(text);
     auto *row = new FormRow(tr("Title:"));
     row->addField(titleField, 1);
     addRow(row);
     titleField->setFocus();
-    titleField->setSelection(int(text.size()), -int(text.size())); // backwards: the beginning stays in view
+    const int length = int(titleField->text().size());
+    titleField->setSelection(length, -length); // backwards: the beginning stays in view
 }
 
 void EditSheet::addFieldRow(const QString &label, QWidget *field)
@@ -50,11 +52,14 @@ void EditSheet::addButtons(Purpose purpose)
 
 QString EditSheet::title() const
 {
-    return titleField->text();
+    const QString text = titleField->text();
+    const bool isCut = text.size() == titleField->maxLength() && givenTitle.startsWith(text);
+    return isCut ? givenTitle : text;
 }
 
 void EditSheet::setTitle(const QString &text)
 {
+    givenTitle = text;
     titleField->setText(text);
 }
 

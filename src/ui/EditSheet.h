@@ -31,7 +31,7 @@ protected:
     /// Adds the save and the close button. To be called after the rows.
     void addButtons(Purpose purpose);
 
-    /// The title as it stands in its field.
+    /// The title as it stands in its field; one that is too long for the field whole, unless it was edited.
     QString title() const;
 
     /// Enters a title.
@@ -47,4 +47,5 @@ private:
     void save();
 
     QLineEdit *titleField = nullptr;
+    QString givenTitle;
 };
