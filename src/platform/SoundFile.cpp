@@ -25,7 +25,7 @@ constexpr auto codecs = "mp3float,mp3,mp2float,mp2,aac,aac_fixed,libfdk_aac,alac
                         "pcm_f32le,pcm_f32be,pcm_f64le,pcm_f64be,pcm_alaw,pcm_mulaw";
 
 // What may be read without any sound coming of it, and how much processor time that may take.
-constexpr auto timeToOpen = 500ms;
+constexpr auto timeToOpen = 250ms;
 constexpr qint64 bytesToOpen = 64 << 20;
 constexpr auto timeToDecode = 500ms;
 constexpr qint64 bytesToDecode = 32 << 20;

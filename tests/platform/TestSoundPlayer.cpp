@@ -18,8 +18,9 @@
 #include <malloc.h>
 #include <netdb.h>
 #include <optional>
+
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 using namespace Qt::StringLiterals;
