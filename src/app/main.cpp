@@ -53,8 +53,10 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
-    const bool hasBus = MessageBus::disableUnresponsive();
-    FileChooser::preferPortal();
+    const bool hasBus = MessageBus::hasSession(); // be it frozen or dead
+    MessageBus::disableUnresponsive();
+    if (MessageBus::hasSession())
+        FileChooser::preferPortal();
     QApplication application(argc, argv);
     const ExitSignals exitSignals;
     SingleInstance instance; // before the timetable is touched

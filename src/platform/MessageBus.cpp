@@ -80,13 +80,16 @@ private:
 
 } // namespace
 
-bool MessageBus::disableUnresponsive()
+bool MessageBus::hasSession()
 {
     const QByteArray defaultSocket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
-    const bool hasSession = qEnvironmentVariableIsEmpty(sessionVariable)
-                                ? ::access(defaultSocket.constData(), F_OK) == 0
-                                : !qgetenv(sessionVariable).startsWith("disabled:");
-    const BusProbe session(addressIn(sessionVariable, "unix:path=" + defaultSocket));
+    return qEnvironmentVariableIsEmpty(sessionVariable) ? ::access(defaultSocket.constData(), F_OK) == 0
+                                                        : !qgetenv(sessionVariable).startsWith("disabled:");
+}
+
+void MessageBus::disableUnresponsive()
+{
+    const BusProbe session(addressIn(sessionVariable, "unix:path=" + qgetenv("XDG_RUNTIME_DIR") + "/bus"));
     const BusProbe system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
     const QDeadlineTimer deadline(2s);
     const auto check = [&deadline](const BusProbe &bus, const char *variable, const QString &name) {
@@ -97,5 +100,4 @@ bool MessageBus::disableUnresponsive()
     };
     check(session, sessionVariable, u"Session"_s);
     check(system, systemVariable, u"System"_s);
-    return hasSession;
 }

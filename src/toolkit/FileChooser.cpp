@@ -37,13 +37,31 @@ QString folderOf(const QString &current)
     return found == folders.end() ? QDir::homePath() : *found;
 }
 
+constexpr int timeoutMs = 2000;
+
+// Asks the portal for the version of its file panel: any answer means that it is there.
+QDBusMessage portalVersion()
+{
+    auto version = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
+                                                  u"/org/freedesktop/portal/desktop"_s,
+                                                  u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    version << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
+    return version;
+}
+
 } // namespace
 
 void FileChooser::preferPortal()
 {
     constexpr char variable[] = "QT_QPA_PLATFORMTHEME";
-    if (qEnvironmentVariableIsEmpty(variable))
+    if (!qEnvironmentVariableIsEmpty(variable))
+        return;
+    // Qt itself asks the portal when it starts, and would wait 25 seconds for one that hangs.
+    const QString connection = u"belfry-portal"_s;
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection);
+    if (bus.call(portalVersion(), QDBus::Block, timeoutMs).type() == QDBusMessage::ReplyMessage)
         qputenv(variable, "xdgdesktopportal"); // which passes on everything else of the desktop's own theme
+    QDBusConnection::disconnectFromBus(connection);
 }
 
 FileChooser::FileChooser(const QString &current, QWidget *parent)
@@ -58,12 +76,7 @@ FileChooser::FileChooser(const QString &current, QWidget *parent)
 
 void FileChooser::open()
 {
-    constexpr int timeoutMs = 2000;
-    auto version = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
-                                                  u"/org/freedesktop/portal/desktop"_s,
-                                                  u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    version << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
-    const QDBusPendingCall call = QDBusConnection::sessionBus().asyncCall(version, timeoutMs);
+    const QDBusPendingCall call = QDBusConnection::sessionBus().asyncCall(portalVersion(), timeoutMs);
     const auto show = [this](const QDBusPendingCall &reply) {
         setOption(DontUseNativeDialog, reply.isError());
         QFileDialog::open();

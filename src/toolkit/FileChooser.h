@@ -13,8 +13,8 @@ class FileChooser final : public QFileDialog
     Q_DISABLE_COPY_MOVE(FileChooser)
 
 public:
-    /// Makes Qt use the portal's panel, unless the environment names a platform theme. To be called before
-    /// QApplication is made.
+    /// Makes Qt use the portal's panel, unless the environment names a platform theme or the portal does not
+    /// respond within two seconds, for which this waits. To be called before QApplication is made.
     static void preferPortal();
 
     /// Opens in the folder of the file at `current`, else in the user's music folder, documents folder or
