@@ -6,6 +6,7 @@
 #include "store/PlanStore.h"
 #include "toolkit/Alert.h"
 #include "toolkit/FocusRing.h"
+#include "toolkit/ModalPanel.h"
 #include "toolkit/Refresher.h"
 #include "toolkit/Symbol.h"
 #include "ui/HolidayEdit.h"
@@ -13,11 +14,14 @@
 #include "ui/Sidebar.h"
 
 #include <QAction>
+#include <QCloseEvent>
 #include <QEvent>
 #include <QScreen>
 #include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -77,6 +81,18 @@ void ContentView::changeEvent(QEvent *event)
     if ((event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) && editMode)
         updateToolBar();
     QMainWindow::changeEvent(event);
+}
+
+// Who closes the window while a panel is open means the panel: the bells must not stop by mistake.
+void ContentView::closeEvent(QCloseEvent *event)
+{
+    const auto panels = findChildren<ModalPanel *>();
+    const auto top =
+        std::find_if(panels.rbegin(), panels.rend(), [](auto *panel) { return panel->isVisible(); });
+    if (top == panels.rend())
+        return QMainWindow::closeEvent(event);
+    (*top)->reject();
+    event->ignore();
 }
 
 void ContentView::resizeEvent(QResizeEvent *event)
