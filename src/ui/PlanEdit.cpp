@@ -125,9 +125,11 @@ void PlanEdit::addMusicRow()
 
 void PlanEdit::chooseFile()
 {
-    auto *chooser = new FileChooser(content->text(), this);
-    connect(chooser, &FileChooser::fileSelected, this, &PlanEdit::setFile);
-    chooser->open();
+    if (fileChooser) // it may still be waiting for the portal
+        return;
+    fileChooser = new FileChooser(content->text(), this);
+    connect(fileChooser, &FileChooser::fileSelected, this, &PlanEdit::setFile);
+    fileChooser->open();
 }
 
 void PlanEdit::setFile(const QString &path)

@@ -3,9 +3,12 @@
 #include "store/Plan.h"
 #include "ui/EditSheet.h"
 
+#include <QPointer>
+
 #include <array>
 
 class Clock;
+class FileChooser;
 class PlanStore;
 class QCheckBox;
 class SegmentedChoice;
@@ -45,4 +48,5 @@ private:
     std::array<QCheckBox *, planWeekdays.size()> week;
     SegmentedChoice *loop;
     QLineEdit *content;
+    QPointer<FileChooser> fileChooser;
 };
