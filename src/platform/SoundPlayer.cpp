@@ -188,6 +188,8 @@ void SoundPlayer::feed()
 
 void SoundPlayer::outputOpened()
 {
+    if (state != State::Starting && state != State::Playing)
+        return;
     outputStartFrame = nextFrame = playedFrame = frame();
     hasProgressed = false;
     feed();
