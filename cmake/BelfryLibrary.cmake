@@ -78,7 +78,7 @@ function(belfry_test file)
     belfry_precompiled_headers(${name})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test")
+        "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:")
 endfunction()
 
 # belfry_long_test(NAME [FUNCTION...])

@@ -4,12 +4,11 @@
 // The words of a line are parted by tabs. A control is called by its accessible name and sought in the sheet
 // that is open, or else in the window; a control of a card takes the card's title as the last word.
 //
-//     click NAME [TITLE]     type NAME TEXT     read NAME     closed     minimise     restored     quit
+//     click NAME [TITLE]     type NAME TEXT     read NAME     closed     quit
 //
-// "closed" waits for the sheet to close and "restored" for somebody else to undo "minimise", as every line
-// waits until what it names is there. A line that has been obeyed comes back on standard output behind "> ",
-// followed by the text that was read. So does "> tick HH:mm:ss" whenever the window's clock shows a new
-// second.
+// "closed" waits for the sheet to close, as every line waits until what it names is there. A line that has
+// been obeyed comes back on standard output behind "> ", followed by the text that was read. So does "> tick
+// HH:mm:ss" whenever the window's clock shows a new second.
 
 #include "support/Controls.h"
 
@@ -128,10 +127,6 @@ private:
             isDone = type(root, name, words.value(2));
         else if (verb == "closed"_L1)
             isDone = !qobject_cast<QDialog *>(root);
-        else if (verb == "minimise"_L1)
-            isDone = (root->showMinimized(), root->isMinimized());
-        else if (verb == "restored"_L1)
-            isDone = root->isVisible() && !root->isMinimized();
         else if (verb == "quit"_L1)
             isDone = root->close();
         else if (const auto *field = control<QLineEdit>(root, name))

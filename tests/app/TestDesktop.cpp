@@ -101,8 +101,9 @@ private:
     // Whether the program's main thread does, soon enough.
     static bool responds()
     {
-        const auto introspect = QDBusMessage::createMethodCall(
-            QStringLiteral(BELFRY_ID), u"/"_s, u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s);
+        const auto introspect =
+            QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), u"/com/quillmoss/Belfry"_s,
+                                           u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s);
         return QDBusConnection::sessionBus().call(introspect, QDBus::Block, timeoutMs).type() ==
                QDBusMessage::ReplyMessage;
     }
@@ -190,7 +191,7 @@ private Q_SLOTS:
         ::kill(pid_t(bus.processId()), SIGSTOP);
         Program first(runtimeFolder.path());
         QTRY_VERIFY_WITH_TIMEOUT(first.hasStarted(), timeoutMs);
-        QVERIFY(first.logged().contains("Session bus is not responding"));
+        QTRY_VERIFY(first.logged().contains("Session bus is not responding"));
         ::kill(pid_t(bus.processId()), SIGCONT);
         Program second(runtimeFolder.path());
         QTRY_VERIFY_WITH_TIMEOUT(second.hasEnded(), timeoutMs);

@@ -30,7 +30,7 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Another program that keeps everybody else from the database, for so many seconds; for ever if that is 0.
+// Another program that keeps everybody else from the database, for so many seconds; without end if that is 0.
 class Lock final
 {
     Q_DISABLE_COPY_MOVE(Lock)
@@ -59,7 +59,7 @@ private:
     QTimer timer;
 };
 
-// The database as a crash has left it, in a copy: the next start shall find it as it is.
+// The database as a crash has left it, in a copy: the next start finds it as it is.
 class Wreck final
 {
     Q_DISABLE_COPY_MOVE(Wreck)
@@ -251,7 +251,7 @@ private Q_SLOTS:
     void lockedDatabase_holdsTheClockUpAndNoMore_data()
     {
         columns<int>("seconds");
-        QTest::newRow("for ever") << 0;
+        QTest::newRow("indefinitely") << 0;
         if (isLong()) {
             QTest::newRow("a second") << 1;
             QTest::newRow("three seconds") << 3;
@@ -300,20 +300,20 @@ private Q_SLOTS:
     }
 
     // `before` and `after` the start, the fault is brought about by a shell command in the documents folder;
-    // `mend` takes it back, so that what is in the editor can be saved after all.
+    // `repair` takes it back, so that what is in the editor can be saved after all.
     void faultOfTheDisk_isLoggedAndOutlived_data()
     {
-        columns<QString, QString, QString, QString, QString>("wrapper", "before", "after", "mend", "log");
+        columns<QString, QString, QString, QString, QString>("wrapper", "before", "after", "repair", "log");
         const auto row = [](const char *name, const QString &wrapper, const char *before, const char *after,
-                            const char *mend, const char *log) {
+                            const char *repair, const char *log) {
             QTest::newRow(name) << wrapper << QString::fromLatin1(before) << QString::fromLatin1(after)
-                                << QString::fromLatin1(mend) << QString::fromLatin1(log);
+                                << QString::fromLatin1(repair) << QString::fromLatin1(log);
         };
         row("full", u"unshare --map-root-user --mount"_s,
             "cp data.db .. && mount -t tmpfs -o size=100k none . && cd ../My* && cp ../data.db .",
             "! cat /dev/zero >filler", "rm filler", "database or disk is full");
         row("the file is removed", {}, ":", "rm data.db", "", "attempt to write a readonly database");
-        row("rubbish in the file's place", {}, "yes rubbish | head -c 20000 >data.db", ":", "",
+        row("garbage in the file's place", {}, "yes garbage | head -c 20000 >data.db", ":", "",
             "file is not a database");
         if (!isLong())
             return;
@@ -329,7 +329,7 @@ private Q_SLOTS:
         QFETCH(const QString, wrapper);
         QFETCH(const QString, before);
         QFETCH(const QString, after);
-        QFETCH(const QString, mend);
+        QFETCH(const QString, repair);
         QFETCH(const QString, log);
         if (wrapper.startsWith(u"unshare"_s) && !shell(wrapper + u" mount -t tmpfs none ."_s, folder.path()))
             QSKIP("A small disk cannot be mounted here.");
@@ -350,15 +350,15 @@ private Q_SLOTS:
         const double began = server.seconds();
         QVERIFY(clockGoesOn(belfry));
         QVERIFY(belfry.ticks().contains(u"08:00:00"_s));
-        QCOMPARE(isHeard(began), !before.contains(u"rubbish"_s));
+        QCOMPARE(isHeard(began), !before.contains(u"garbage"_s));
         QVERIFY(belfry.work({u"click|Add"_s}) && isKept(belfry));
         QVERIFY(clockGoesOn(belfry));
         QCOMPARE(contentOf(documents + u"/data.db"_s), stored);
         const QString written = QString::fromUtf8(belfry.process.readAllStandardError());
         QVERIFY2(written.contains(log), qPrintable(written));
-        if (mend.isEmpty())
+        if (repair.isEmpty())
             return;
-        QVERIFY(shell(mend, documents));
+        QVERIFY(shell(repair, documents));
         QVERIFY(belfry.work({u"click|Add"_s, u"closed"_s}));
         QVERIFY(contentOf(documents + u"/data.db"_s).contains("Kept"));
     }

@@ -317,7 +317,7 @@ private Q_SLOTS:
         timer.start();
         QVERIFY(sound->play());
         if (!isAtStart) {
-            QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+            QVERIFY(waitUntil(true));
             isFrozen ? server.freeze() : server.kill();
         }
         QTRY_COMPARE_WITH_TIMEOUT(log->lines().size(), 1, 6000);
@@ -328,20 +328,20 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(log->lines().size(), 2, 6000);
         QCOMPARE(log->takeLines()[1], u"Sound server is back"_s);
         QVERIFY(std::abs(sound->currentTime() - double(timer.elapsed()) / 1000) < 1);
-        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+        QVERIFY(waitUntil(true));
     }
 
     void sinkThatIsMovedOrRemoved_playsOn()
     {
         const auto sound = player("long.wav");
         QVERIFY(sound->play());
-        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+        QVERIFY(waitUntil(true));
         const QByteArray module = server.control(u"load-module module-null-sink sink_name=other"_s);
         const QByteArray stream = server.control(u"list short sink-inputs"_s).split('\t').front();
         server.control(u"move-sink-input "_s + QString::fromLatin1(stream) + u" other"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(!isHeard(), 15000);
+        QVERIFY(waitUntil(false));
         server.control(u"unload-module "_s + QString::fromLatin1(module));
-        QTRY_VERIFY_WITH_TIMEOUT(isHeard(), 15000);
+        QVERIFY(waitUntil(true));
     }
 
 private:
@@ -378,6 +378,10 @@ private:
     }
 
     bool isHeard() { return server.heard(server.seconds() - 0.1).sounds().size() == 1; }
+    bool waitUntil(bool heard)
+    {
+        return QTest::qWaitFor([this, heard] { return isHeard() == heard; }, 15000);
+    }
 
     QTemporaryDir folder;
     SoundServerProcess server;

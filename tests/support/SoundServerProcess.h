@@ -41,7 +41,7 @@ public:
     /// Has a server run that has never been held up. False when that does not work.
     bool ensureHealthy() { return (daemons[0].state() == QProcess::Running && !wasFrozen) || start(); }
 
-    /// Starts the server and the recorder afresh, and returns whether both run. The recording begins anew.
+    /// Restarts the server and the recorder, and returns whether both run. The recording starts again.
     bool start()
     {
         kill();
