@@ -36,7 +36,7 @@ public:
     /// The length of the file in seconds. An estimate of the file's own until it has been decoded once.
     virtual double duration() const = 0;
 
-    /// How often the file is repeated after its first play; negative: for ever. 0 at creation.
+    /// How often the file is repeated after its first play; negative: endlessly. 0 at creation.
     virtual int numberOfLoops() const = 0;
 
     /// Starts at currentTime(), or goes on. Returns false when nothing can be played.

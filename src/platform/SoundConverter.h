@@ -22,7 +22,7 @@ public:
     /// may come with the next call only. Returns false when the format cannot be converted.
     bool convert(const AVFrame &frame, int first, int count, std::vector<SoundFrame> &out);
 
-    /// Appends what is still held back; what comes next begins afresh.
+    /// Appends what is still held back; what comes next does not continue it.
     void finish(std::vector<SoundFrame> &out);
 
 private:
