@@ -17,8 +17,9 @@ struct AVStream;
 
 /// A sound file of any supported format, decoded from its beginning to its end as often as wanted.
 ///
-/// One pass over the file is read piece by piece; rewind() begins the next one without a gap. No call
-/// takes longer than half a second, or more than some tens of megabytes, however odd the file is.
+/// One pass over the file is read piece by piece; rewind() begins the next one without a gap. A call
+/// takes less than a second of the processor and some 128 MB at most, however odd the file is. Ogg is the
+/// exception: FFmpeg compares each of its comments with all others, which no limit here reaches.
 class SoundFile final
 {
     Q_DISABLE_COPY_MOVE(SoundFile)
@@ -30,9 +31,9 @@ public:
         Damaged, ///< The file cannot be read any further.
     };
 
-    /// Opens the file at `path` and decodes a little of it. Takes less than a second of the processor, and as
-    /// long as the disk takes. On failure, also when the sound cannot be converted, returns null and says why
-    /// in `error`.
+    /// Opens the file at `path` and decodes a little of it. It takes as long as the disk takes: only the
+    /// processor's time is limited. On failure, also when the sound cannot be converted, returns null and
+    /// says why in `error`.
     static std::unique_ptr<SoundFile> open(const QString &path, QString &error);
 
     ~SoundFile();
