@@ -2,11 +2,14 @@
 
 #include "platform/FilePath.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -28,7 +31,13 @@ constexpr int maxTags = 16;
 constexpr qint64 flacHead = 42;
 constexpr qint64 flacBlockType = 4;
 constexpr quint8 flacLastBlock = 0x80;
+constexpr int flacComments = 4; // as the type of a block
 constexpr int maxFlacBlocks = 1000;
+// The layout of an Ogg page: RFC 3533. The lengths of its segments, a byte each, follow the header.
+constexpr std::string_view oggMark("OggS\0", 5); // with the version
+constexpr qint64 oggPageNumber = 18;
+constexpr qint64 oggHeader = 27;
+constexpr quint32 maxOggComments = 1000;
 
 std::chrono::nanoseconds processorTime()
 {
@@ -85,6 +94,9 @@ SoundBytes::SoundBytes(int file, qint64 size) : file(file), size(size)
     Q_CHECK_PTR(avio);
     hideTags();
     hideFlacMetadata();
+    std::array<char, 4> mark = {};
+    isOgg = ::pread(file, mark.data(), mark.size(), hiddenLength) == ssize_t(mark.size()) &&
+            oggMark.starts_with(std::string_view(mark.data(), mark.size()));
 }
 
 SoundBytes::~SoundBytes()
@@ -142,6 +154,52 @@ void SoundBytes::hideFlacMetadata()
     hiddenLength = std::clamp(size - flacHead, qint64(0), hiddenLength);
 }
 
+// Whether a page that begins here says so. A further stream may begin anywhere in the file.
+bool SoundBytes::findTooManyComments(qint64 begin, qint64 end) const
+{
+    begin = std::max(begin - oggHeader, qint64(0)); // the header may lie across the end of the last piece
+    std::array<char, bufferSize + oggHeader> piece = {};
+    const auto got = ::pread(file, piece.data(), size_t(std::min(end - begin, qint64(piece.size()))), begin);
+    const std::string_view text(piece.data(), size_t(std::max(got, ssize_t(0))));
+    for (auto at = text.find(oggMark); at != text.npos; at = text.find(oggMark, at + 1)) {
+        if (commentCount(begin + qint64(at)) > maxOggComments)
+            return true;
+    }
+    return false;
+}
+
+// How many comments a page says that its stream has, or 0 if it does not say so. The comments begin on the
+// second page of a stream: a mark, which depends on the codec, the length of the encoder's name, the name,
+// the count.
+quint32 SoundBytes::commentCount(qint64 page) const
+{
+    quint8 segments = 0;
+    if (numberAt(page + oggPageNumber) != 1 || ::pread(file, &segments, 1, page + oggHeader - 1) != 1)
+        return 0;
+    std::array<char, 8> packet = {};
+    const qint64 begin = page + oggHeader + segments;
+    if (::pread(file, packet.data(), packet.size(), begin) != ssize_t(packet.size()))
+        return 0;
+    const std::string_view mark(packet.data(), packet.size());
+    int markLength = 0; // Speex
+    if (mark == "OpusTags")
+        markLength = 8;
+    else if (mark.starts_with("\3vorbis"))
+        markLength = 7;
+    else if ((mark.front() & 0x7f) == flacComments)
+        markLength = 4;
+    const qint64 name = begin + markLength + 4;
+    return numberAt(name + numberAt(name - 4));
+}
+
+// 32 bits, the lowest byte first; 0 beyond the end of the file.
+quint32 SoundBytes::numberAt(qint64 offset) const
+{
+    std::array<quint8, 4> bytes = {};
+    const auto got = ::pread(file, bytes.data(), bytes.size(), offset);
+    return got == ssize_t(bytes.size()) ? qFromLittleEndian<quint32>(bytes.data()) : 0;
+}
+
 int SoundBytes::read(void *self, quint8 *buffer, int count)
 {
     auto *bytes = static_cast<SoundBytes *>(self);
@@ -149,12 +207,16 @@ int SoundBytes::read(void *self, quint8 *buffer, int count)
         return AVERROR_EXIT;
     const bool isBeforeHidden = bytes->position < bytes->hiddenBegin;
     const qint64 offset = bytes->position + (isBeforeHidden ? 0 : bytes->hiddenLength);
-    const auto wanted =
-        isBeforeHidden ? std::min(qint64(count), bytes->hiddenBegin - bytes->position) : count;
+    const auto wanted = isBeforeHidden ? std::min(qint64(count), bytes->hiddenBegin - bytes->position)
+                                       : std::min(count, bufferSize);
     const auto got = ::pread(bytes->file, buffer, size_t(wanted), offset);
     if (got < 0) {
         bytes->failed = true;
         return AVERROR(errno);
+    }
+    if (bytes->isOgg && bytes->findTooManyComments(offset, offset + got)) {
+        bytes->tooManyComments = true;
+        return AVERROR_EXIT;
     }
     if (const qint64 type = flacBlockType - bytes->position; bytes->isFlac && type >= 0 && type < got)
         buffer[type] |= flacLastBlock;

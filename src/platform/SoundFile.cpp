@@ -50,6 +50,8 @@ QString openError(const SoundBytes &bytes, const QString &fallback)
 {
     if (bytes.hasFailed())
         return u"The file cannot be read"_s;
+    if (bytes.hasTooManyComments())
+        return u"Too many comments"_s;
     return bytes.isBudgetExhausted() ? u"Timed out opening the file"_s : fallback;
 }
 

@@ -18,8 +18,7 @@ struct AVStream;
 /// A sound file of any supported format, decoded from its beginning to its end as often as wanted.
 ///
 /// One pass over the file is read piece by piece; rewind() begins the next one without a gap. A call
-/// takes less than a second of the processor and some 128 MB at most, however odd the file is. Ogg is the
-/// exception: FFmpeg compares each of its comments with all others, which no limit here reaches.
+/// takes less than a second of the processor and some 128 MB at most, however odd the file is.
 class SoundFile final
 {
     Q_DISABLE_COPY_MOVE(SoundFile)

@@ -207,6 +207,25 @@ private Q_SLOTS:
         QVERIFY2(withBlocks, qUtf8Printable(error));
         QCOMPARE(decode(*withBlocks, 2).length(), 2.0);
 
+        // Comments, each of which FFmpeg would compare with all others, also in a second stream chained to
+        // the first.
+        QByteArray comments = ";FFMETADATA1\n";
+        for (int i = 0; i < 20'000; ++i)
+            comments += QByteArray::number(i) + "=x\n";
+        QVERIFY(write(path(u"comments.txt"_s), comments));
+        const QStringList input = {u"-i"_s, path(u"comments.txt"_s), u"-map_metadata"_s, u"1"_s};
+        for (const char *codec : {"libvorbis", "libopus", "flac"}) {
+            const QStringList options = {u"-f"_s, u"ogg"_s, u"-c:a"_s, QString::fromLatin1(codec)};
+            QVERIFY(SoundFiles::make(path(u"few.ogg"_s), SoundFiles::tone(u"1000"_s, 1), options));
+            QVERIFY(SoundFiles::make(path(u"many.ogg"_s), SoundFiles::tone(u"1000"_s, 1), input + options));
+            QCOMPARE(open(u"many.ogg"_s), nullptr);
+            QCOMPARE(error, u"Too many comments"_s);
+            QVERIFY(
+                write(path(u"chain.ogg"_s), contents(path(u"few.ogg"_s)) + contents(path(u"many.ogg"_s))));
+            const auto chain = open(u"chain.ogg"_s);
+            QVERIFY(!chain || decode(*chain, 1).length() < 1.1);
+        }
+
         QVERIFY(SoundFiles::make(path(u"x.m4a"_s), SoundFiles::tone(u"1000"_s, 3)));
         const QByteArray whole = contents(path(u"x.m4a"_s));
         QByteArray claim = whole;
