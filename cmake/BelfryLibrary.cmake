@@ -28,22 +28,22 @@ function(belfry_precompiled_headers target)
     endif()
 endfunction()
 
-# belfry_library(NAME FOLDER CLASSES class... [USES library...] [HIDES library...])
+# belfry_library(NAME FOLDER SOURCES class... [PUBLIC library...] [PRIVATE library...])
 #
-# One step of the house as a static library. CLASSES are the base names of its files in src/FOLDER
-# (a .h, a .cpp or both). USES is what its headers show, HIDES what only its sources use.
+# A static library of the classes in src/FOLDER that SOURCES names: of each the .h, the .cpp or both. PUBLIC and
+# PRIVATE are what it links, as in target_link_libraries().
 #
 # Includes name folder and file ("store/Plan.h"). Each library gets an include folder of its own that
 # holds links to just its own headers, so that a source sees exactly the libraries that it uses: an
 # include that goes against the order of the layers does not compile.
 function(belfry_library name folder)
-    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "CLASSES;USES;HIDES")
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "SOURCES;PUBLIC;PRIVATE")
     set(visible ${PROJECT_BINARY_DIR}/include/${name})
     file(REMOVE_RECURSE ${visible})
     file(MAKE_DIRECTORY ${visible}/${folder})
     add_library(${name} STATIC)
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX) # also where moc makes the only source
-    foreach(class IN LISTS ARG_CLASSES)
+    foreach(class IN LISTS ARG_SOURCES)
         set(stem ${PROJECT_SOURCE_DIR}/src/${folder}/${class})
         foreach(ending h cpp)
             if(EXISTS ${stem}.${ending})
@@ -58,7 +58,7 @@ function(belfry_library name folder)
         endif()
     endforeach()
     target_include_directories(${name} PUBLIC ${visible})
-    target_link_libraries(${name} PUBLIC belfry_options ${ARG_USES} PRIVATE ${ARG_HIDES})
+    target_link_libraries(${name} PUBLIC belfry_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
     belfry_precompiled_headers(${name})
 endfunction()
 

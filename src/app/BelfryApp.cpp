@@ -1,6 +1,6 @@
 #include "app/BelfryApp.h"
 
-#include "platform/IdleInhibitor.h"
+#include "desktop/IdleInhibitor.h"
 #include "platform/Log.h"
 #include "store/SQLiteHelper.h"
 #include "toolkit/Alert.h"

@@ -1,5 +1,5 @@
 #include "app/BelfryApp.h"
-#include "platform/SingleInstance.h"
+#include "desktop/SingleInstance.h"
 
 #include <QApplication>
 #include <QDBusConnection>

@@ -1,4 +1,4 @@
-#include "platform/SoundConverter.h"
+#include "sound/SoundConverter.h"
 
 #include <algorithm>
 #include <array>

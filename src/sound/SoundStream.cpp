@@ -1,6 +1,6 @@
-#include "platform/SoundStream.h"
+#include "sound/SoundStream.h"
 
-#include "platform/SoundServer.h"
+#include "sound/SoundServer.h"
 
 #include <algorithm>
 #include <pulse/context.h>

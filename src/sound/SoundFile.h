@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SoundConverter.h"
+#include "sound/SoundConverter.h"
 
 #include <QString>
 

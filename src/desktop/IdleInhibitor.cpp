@@ -1,4 +1,4 @@
-#include "platform/IdleInhibitor.h"
+#include "desktop/IdleInhibitor.h"
 
 #include "platform/Log.h"
 

@@ -1,6 +1,6 @@
-#include "platform/SoundFile.h"
+#include "sound/SoundFile.h"
 
-#include "platform/SoundBytes.h"
+#include "sound/SoundBytes.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform/PulseMainLoop.h"
+#include "sound/PulseMainLoop.h"
 
 #include <QSocketNotifier>
 #include <QTimer>

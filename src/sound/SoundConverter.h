@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SoundFrame.h"
+#include "sound/SoundFrame.h"
 
 #include <memory>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "platform/SoundModule.h"
-#include "platform/SoundPlayer.h"
-#include "platform/SoundServer.h"
-#include "platform/SoundStream.h"
+#include "sound/SoundPlayer.h"
+#include "sound/SoundServer.h"
+#include "sound/SoundStream.h"
 
 void belfryEnterSoundModule(AVAudioPlayerFactory &factory)
 {

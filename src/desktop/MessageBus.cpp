@@ -1,4 +1,4 @@
-#include "platform/MessageBus.h"
+#include "desktop/MessageBus.h"
 
 #include "platform/Log.h"
 

@@ -1,4 +1,4 @@
-#include "platform/SoundBytes.h"
+#include "sound/SoundBytes.h"
 
 #include "platform/FilePath.h"
 

@@ -1,7 +1,7 @@
-#include "platform/SoundPlayer.h"
+#include "sound/SoundPlayer.h"
 
-#include "platform/SoundServer.h"
-#include "platform/SoundStream.h"
+#include "sound/SoundServer.h"
+#include "sound/SoundStream.h"
 #include "support/LogCapture.h"
 #include "support/SoundFiles.h"
 #include "support/SoundServerProcess.h"

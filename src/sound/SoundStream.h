@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/AudioOutput.h"
+#include "sound/AudioOutput.h"
 
 #include <QElapsedTimer>
 

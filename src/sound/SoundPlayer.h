@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/AVAudioPlayer.h"
-#include "platform/AudioOutput.h"
-#include "platform/SoundBuffer.h"
+#include "sound/AudioOutput.h"
+#include "sound/SoundBuffer.h"
 
 #include <QElapsedTimer>
 #include <QObject>

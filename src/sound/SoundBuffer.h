@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SoundFile.h"
+#include "sound/SoundFile.h"
 
 #include <span>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "platform/ExitSignals.h"
+#include "desktop/ExitSignals.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

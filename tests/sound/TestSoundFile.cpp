@@ -1,4 +1,4 @@
-#include "platform/SoundFile.h"
+#include "sound/SoundFile.h"
 
 #include "support/SoundFiles.h"
 #include "support/SoundRecording.h"

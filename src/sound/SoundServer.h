@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PulseMainLoop.h"
+#include "sound/PulseMainLoop.h"
 
 #include <QByteArray>
 #include <QObject>

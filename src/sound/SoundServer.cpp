@@ -1,4 +1,4 @@
-#include "platform/SoundServer.h"
+#include "sound/SoundServer.h"
 
 #include "platform/Log.h"
 

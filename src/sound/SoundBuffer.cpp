@@ -1,4 +1,4 @@
-#include "platform/SoundBuffer.h"
+#include "sound/SoundBuffer.h"
 
 #include <algorithm>
 #include <cmath>
