@@ -1,6 +1,6 @@
 #include "core/TimeText.h"
 
-#include "support/SetClock.h"
+#include "support/FakeClock.h"
 
 #include <QLocale>
 #include <QTest>
@@ -28,7 +28,7 @@ private Q_SLOTS:
 
     void toDate_readsWhatFits_andElseIsNow()
     {
-        const SetClock now("2026-03-09 12:00:00");
+        const FakeClock now("2026-03-09 12:00:00");
         const auto read = [&now](const QString &text) {
             return TimeText::toDate(text, TimeText::timestampPattern, now).toString(Qt::ISODate);
         };

@@ -3,8 +3,8 @@
 #include "store/LoadRetry.h"
 #include "store/PlanStore.h"
 
+#include "support/FakeClock.h"
 #include "support/LogCapture.h"
-#include "support/SetClock.h"
 #include "support/TemplateDatabase.h"
 
 #include <QElapsedTimer>
@@ -143,7 +143,7 @@ private Q_SLOTS:
     void history_isNewestFirst_andOnlyTheCurrentEntryIsFinished()
     {
         const TemplateDatabase base;
-        SetClock clock("2024-05-01 23:59:59");
+        FakeClock clock("2024-05-01 23:59:59");
         HistoryStore store(base.db, clock);
         store.addHistory(u"first"_s);
         store.addHistory(u"same second"_s);
@@ -175,7 +175,7 @@ private Q_SLOTS:
     void aRefusedHistory_leavesTheList_butTheIdIsThatOfThePlayback()
     {
         const TemplateDatabase base;
-        SetClock clock("2024-05-01 08:00:00");
+        FakeClock clock("2024-05-01 08:00:00");
         HistoryStore store(base.db, clock);
         store.addHistory(u"Bell"_s);
         const QString id = store.curId;
@@ -195,7 +195,7 @@ private Q_SLOTS:
     void theCurrentEntryDeleted_leavesItsId()
     {
         const TemplateDatabase base;
-        const SetClock clock("2024-05-01 08:00:00");
+        const FakeClock clock("2024-05-01 08:00:00");
         HistoryStore store(base.db, clock);
         store.addHistory(u"Bell"_s);
         const QString id = store.curId;
@@ -232,7 +232,7 @@ private Q_SLOTS:
                                                                 .content = text}}));
             QCOMPARE(HolidayStore(db).holidays.value(),
                      (QList<Holiday>{{.id = u"1"_s, .title = text, .begin = text, .end = text}}));
-            QCOMPARE(HistoryStore(db, SetClock("2026-03-02 08:00:00")).historys->first().end,
+            QCOMPARE(HistoryStore(db, FakeClock("2026-03-02 08:00:00")).historys->first().end,
                      text.isEmpty() ? u"------"_s : text);
         }
     }
@@ -240,7 +240,7 @@ private Q_SLOTS:
     void aLockedFile_isWaitedForOnce_andReadWhenItIsFree()
     {
         const TemplateDatabase base;
-        const SetClock clock("2024-05-01 08:00:00");
+        const FakeClock clock("2024-05-01 08:00:00");
         PlanStore(base.db).addPlan(planAt(u"stored"_s, u"08:00"_s));
         HolidayStore(base.db).addHoliday({.id = u"1"_s});
         HistoryStore(base.db, clock).addHistory(u"Bell"_s);

@@ -6,14 +6,14 @@
 #include "store/HolidayStore.h"
 #include "store/PlanStore.h"
 #include "store/Records.h"
+#include "support/FakeClock.h"
 #include "support/FakePlayer.h"
-#include "support/SetClock.h"
 #include "support/TemplateDatabase.h"
 
 /// What the parts of one program share: an empty database, a clock that stands, players that make no sound.
 struct SharedObjects
 {
-    /// The clock stands at `now`, of any kind that a SetClock takes.
+    /// The clock stands at `now`, of any kind that a FakeClock takes.
     template<typename Moment>
     explicit SharedObjects(const Moment &now) : clock(now)
     {}
@@ -43,7 +43,7 @@ struct SharedObjects
     const QTemporaryDir folder;
     const Resources resources{folder.path()};
     const TemplateDatabase base;
-    SetClock clock;
+    FakeClock clock;
     FakePlayer::Stage stage;
     PlanStore planStore{base.db};
     HolidayStore holidayStore{base.db};

@@ -2,14 +2,14 @@
 
 #include "platform/Clock.h"
 
-/// A clock that stands where a test sets it.
-class SetClock final : public Clock
+/// A clock that shows the time to which a test sets it.
+class FakeClock final : public Clock
 {
 public:
-    explicit SetClock(const QDateTime &moment) : moment(moment) {}
+    explicit FakeClock(const QDateTime &moment) : moment(moment) {}
 
     /// From "2026-03-02 07:59:59", local time.
-    explicit SetClock(const char *moment) { set(moment); }
+    explicit FakeClock(const char *moment) { set(moment); }
 
     QDateTime now() const override { return moment; }
 
