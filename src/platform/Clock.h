@@ -2,18 +2,17 @@
 
 #include <QDateTime>
 
-/// The time of day, handed to whoever needs to know it. Nothing else asks the system, so that a test
-/// decides what time it is.
+/// The wall clock. Whatever depends on the time of day is handed a Clock, so that a test can set it.
 class Clock
 {
 public:
     virtual ~Clock() = default;
 
-    /// The current moment in the user's time zone, to the millisecond.
+    /// The current time in the user's time zone, to the millisecond.
     virtual QDateTime now() const = 0;
 };
 
-/// The clock of the machine. It jumps when somebody sets it.
+/// The system clock. It jumps when it is set.
 class SystemClock final : public Clock
 {
 public:

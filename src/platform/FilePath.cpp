@@ -14,7 +14,7 @@ bool exists(const QByteArray &path)
     return ::stat(path.constData(), &unused) == 0;
 }
 
-std::optional<QByteArray> entryShownAs(const QByteArray &folder, const QString &name)
+std::optional<QByteArray> entryWithText(const QByteArray &folder, const QString &name)
 {
     const std::unique_ptr<DIR, int (*)(DIR *)> entries(::opendir(folder.constData()), ::closedir);
     if (!entries)
@@ -43,7 +43,7 @@ std::optional<QByteArray> FilePath::existing(const QString &path)
         const QByteArray plain = found + '/' + QFile::encodeName(name);
         if (exists(plain)) {
             found = plain;
-        } else if (const auto entry = entryShownAs(found + '/', name)) {
+        } else if (const auto entry = entryWithText(found + '/', name)) {
             found += '/' + *entry;
         } else {
             return std::nullopt;

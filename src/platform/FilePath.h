@@ -5,13 +5,13 @@
 
 #include <optional>
 
-/// Paths as texts and paths as the bytes that the file system knows.
+/// Converts paths from text to the bytes that the file system knows.
 namespace FilePath {
 
-/// The bytes of the path under which something exists at `path`, or nothing.
+/// The bytes of `path`, or nothing when no file exists there.
 ///
-/// A file name that is not UTF-8 has the replacement character in its text, in place of each bad byte. When
-/// nothing has that very name, the folders are searched for the entry whose text it is.
+/// As text, a file name that is not UTF-8 has a replacement character for each invalid byte. When no file has
+/// that very name, the folders are searched for an entry that has this text.
 std::optional<QByteArray> existing(const QString &path);
 
 } // namespace FilePath

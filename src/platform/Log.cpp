@@ -19,13 +19,13 @@ Log::Sink &sink()
     return instance;
 }
 
-// A pipe that polls as writable takes 4096 bytes without blocking.
+// A pipe that polls as writable takes at least 4096 bytes (PIPE_BUF) without blocking.
 constexpr qsizetype chunkSize = 4096;
 
 void writeLine(int fd, const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
-    // Two threads that poll first and then both write could block.
+    // Without it two threads could both see room for one chunk, and the second write would block.
     static std::mutex mutex;
     const std::lock_guard guard(mutex);
     for (qsizetype done = 0; done < bytes.size();) {

@@ -4,10 +4,10 @@
 
 #include <utility>
 
-/// An object whose published members tell its observers before each of their changes.
+/// An object whose published members notify its observers before they change.
 ///
-/// An observer connects to objectWillChange() and looks at the new values on the next turn of the
-/// event loop: at the signal itself they are still the old ones.
+/// An observer connects to objectWillChange() and reads the new values on the next turn of the event loop:
+/// when the signal is emitted, the old ones are still there.
 class ObservableObject : public QObject
 {
     Q_OBJECT
@@ -20,7 +20,8 @@ Q_SIGNALS:
     void objectWillChange();
 };
 
-/// A published member of an ObservableObject: reads like a plain `T`, and announces every write.
+/// A published member of an ObservableObject: reads like a plain `T`, and emits the signal before every
+/// write.
 ///
 ///     Published<bool> isEditMode{this, false};
 ///     Published<QList<Plan>> plans{this};
@@ -36,7 +37,7 @@ public:
     operator const T &() const { return member; }
     const T *operator->() const { return &member; }
 
-    /// Announces the change, then sets the value, also when it is the same.
+    /// Emits the signal, then sets the value, even if it is the same.
     Published &operator=(T newValue)
     {
         Q_EMIT owner->objectWillChange();
@@ -44,7 +45,7 @@ public:
         return *this;
     }
 
-    /// Announces one change, then lets `change` make it in place.
+    /// Emits the signal once, then calls `change` to modify the value in place.
     template<typename Change>
     void modify(Change &&change)
     {

@@ -11,11 +11,11 @@ class Resources final
 public:
     explicit Resources(const QString &folder);
 
-    /// Those of the running program: `../share/belfry` beside an installed one, else `resources`
-    /// beside the one in a build tree.
+    /// Those of the running program: in `../share/belfry` of an installed one, else in `resources` in the
+    /// build tree.
     static Resources ofApplication();
 
-    /// The full path of the resource `name` of type `type` (its file name ending; empty: `name` is the
+    /// The absolute path of the resource `name` with the file name extension `type` (empty: `name` is the
     /// whole file name), or nothing when there is no such file.
     std::optional<QString> path(const QString &name, const QString &type = {}) const;
 
