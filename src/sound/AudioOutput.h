@@ -8,10 +8,10 @@
 #include <memory>
 #include <span>
 
-/// Where a player sends its sound: one stream to a sound server, which may come, go and come back.
+/// The output of a player: one stream to a sound server, which may come, go and come back.
 ///
-/// No call waits. Destroying it cuts the sound at once. Signals may come from deep inside a library: write()
-/// and drain() may be called from a slot, reopen() and the destructor may not.
+/// No call waits. Destroying it cuts the sound at once. Signals may come from a callback of the sound
+/// library: write() and drain() may be called from a slot, reopen() and the destructor may not.
 class AudioOutput : public QObject
 {
     Q_OBJECT
@@ -26,23 +26,23 @@ public:
     /// True while the server takes sound.
     virtual bool isOpen() const = 0;
 
-    /// Hands over as many of `frames` as there is room for, and returns how many.
+    /// Takes as many of `frames` as there is room for, from the first on, and returns how many.
     virtual qint64 write(std::span<const SoundFrame> frames) = 0;
 
-    /// Says that everything has been written, so that the server does not wait for more.
+    /// To be called when everything has been written, so that the server does not wait for more.
     virtual void drain() = 0;
 
-    /// Asks the server how far it is: progressed() follows if anything has been played since.
+    /// Asks for the playback position: progressed() follows if anything has been played since.
     virtual void requestTimingUpdate() = 0;
 
-    /// Says that everything has been played: the server no longer matters.
+    /// To be called when everything has been played: failures of the server no longer matter.
     virtual void finish() = 0;
 
-    /// Discards what has been written and opens the stream again.
+    /// Discards what has been written and opens the stream again: opened() follows.
     virtual void reopen() = 0;
 
 Q_SIGNALS:
-    /// The server takes sound now. Nothing that was written earlier counts any more.
+    /// The server takes sound from now on. What was written earlier is discarded.
     void opened();
 
     /// There is room for more.

@@ -9,8 +9,8 @@
 #include <pulse/timeval.h>
 #include <sys/time.h>
 
-// Events are children of the loop, and are freed with a delay, since libpulse frees them in their own
-// callbacks as well. What has been freed is disabled at once.
+// Events are children of the loop. libpulse frees some of them in their own callbacks, so they are disabled
+// at once and deleted later.
 
 struct pa_io_event final : public QObject
 {
@@ -20,12 +20,8 @@ struct pa_io_event final : public QObject
         , callback(callback)
         , data(data)
     {
-        const auto watch = [this](QSocketNotifier &notifier, pa_io_event_flags_t what) {
-            notifier.setSocket(this->file);
-            connect(&notifier, &QSocketNotifier::activated, this, [this, what]() { notify(what); });
-        };
-        watch(input, PA_IO_EVENT_INPUT);
-        watch(output, PA_IO_EVENT_OUTPUT);
+        connect(&input, &QSocketNotifier::activated, this, [this] { notify(PA_IO_EVENT_INPUT); });
+        connect(&output, &QSocketNotifier::activated, this, [this] { notify(PA_IO_EVENT_OUTPUT); });
     }
 
     void enable(int events)
@@ -36,14 +32,14 @@ struct pa_io_event final : public QObject
 
     void disable() { enable(PA_IO_EVENT_NULL); }
     bool isWaitingToWrite() const { return output.isEnabled(); }
-    void notify(pa_io_event_flags_t what);
+    void notify(pa_io_event_flags_t events);
 
     int file;
     pa_io_event_cb_t callback;
     void *data;
     pa_io_event_destroy_cb_t destroyed = nullptr;
-    QSocketNotifier input{QSocketNotifier::Read, this};
-    QSocketNotifier output{QSocketNotifier::Write, this};
+    QSocketNotifier input{file, QSocketNotifier::Read, this};
+    QSocketNotifier output{file, QSocketNotifier::Write, this};
 };
 
 struct pa_time_event final : public QObject
@@ -59,7 +55,7 @@ struct pa_time_event final : public QObject
         connect(&timer, &QTimer::timeout, this, &pa_time_event::notify);
     }
 
-    // libpulse names a moment of the wall clock, which may be set meanwhile: only the time until then counts.
+    // `moment` is on the wall clock, which may be set in the meantime: only the delay until then counts.
     void restart(const timeval *moment)
     {
         timer.stop();
@@ -122,6 +118,8 @@ struct pa_defer_event final : public QObject
 
 namespace {
 
+constexpr std::chrono::milliseconds postponement(500);
+
 PulseMainLoop *loopOf(const pa_mainloop_api *api)
 {
     return static_cast<PulseMainLoop *>(api->userdata);
@@ -169,15 +167,15 @@ pa_defer_event *newDefer(pa_mainloop_api *api, pa_defer_event_cb_t callback, voi
 
 } // namespace
 
-void pa_io_event::notify(pa_io_event_flags_t what)
+void pa_io_event::notify(pa_io_event_flags_t events)
 {
-    callback(apiOf(this), this, file, what, data);
+    callback(apiOf(this), this, file, events, data);
 }
 
 void pa_time_event::notify()
 {
     if (loop->timersPostponed())
-        return timer.start(500);
+        return timer.start(postponement);
     callback(apiOf(this), this, &due, data);
 }
 

@@ -11,7 +11,8 @@ struct pa_mainloop_api;
 
 /// Implements libpulse's pa_mainloop_api on Qt's event loop, by notifiers and timers.
 ///
-/// Qt's loop need not be GLib's, so libpulse's own adapter for that one would not do.
+/// libpulse's own pa_glib_mainloop needs Qt's event loop to be GLib's, which Qt may be built without and
+/// QT_NO_GLIB turns off. Its timers could not be postponed either.
 ///
 /// It must outlive every libpulse object that was given its api().
 class PulseMainLoop final : public QObject
@@ -24,13 +25,15 @@ public:
 
     pa_mainloop_api *api() const { return functions.get(); }
 
-    /// Does at once what libpulse has put off to the next turn of the loop, such as sending a command.
+    /// Runs the enabled deferred events, which libpulse uses to send commands, without waiting for the next
+    /// turn.
     void runDeferred();
 
-    /// True while libpulse waits until it can write to some socket, as in opening a connection.
+    /// True while libpulse waits for a socket to become writable, as when it connects.
     bool isWaitingToWrite() const;
 
-    /// No timer of libpulse's fires while `condition` is true: it fires within half a second afterwards.
+    /// While `condition` is true no timer of libpulse fires. One that is due fires within half a second
+    /// after.
     void setTimersPostponed(std::function<bool()> condition) { timersPostponed = std::move(condition); }
 
 private:

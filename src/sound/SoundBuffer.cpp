@@ -6,10 +6,11 @@
 
 namespace {
 
-constexpr int piece = sampleRate / 5;
+constexpr int chunkFrames = sampleRate / 5;
 constexpr qint64 endless = std::numeric_limits<qint64>::max();
-constexpr double largestEstimate = 1e18;
-constexpr qint64 leastDropped = sampleRate / 2;
+constexpr double maxEstimate = 1e18; // fits a qint64
+// Each trim moves all that remains.
+constexpr qint64 minTrim = sampleRate / 2;
 
 } // namespace
 
@@ -29,7 +30,7 @@ qint64 SoundBuffer::playbackEnd() const
     if (repeats < 0)
         return endless;
     const double estimate = (file->duration() * (double(repeats) + 1) - startedAt) * sampleRate;
-    return std::max(decodedEnd(), qint64(std::min(estimate, largestEstimate)));
+    return std::max(decodedEnd(), qint64(std::min(estimate, maxEstimate)));
 }
 
 double SoundBuffer::position(qint64 frame) const
@@ -47,11 +48,13 @@ bool SoundBuffer::start(double seconds, int loops)
     begin = 0;
     startedAt = seconds;
     repeats = repeatsLeft = loops;
-    // Nothing may lie behind the position, which is no damage; behind the beginning it is.
-    passHasSound = seconds > 0;
-    complete = damaged = !file->seek(seconds);
-    if (!complete)
+    // A file without audio is damaged, but after a position in its middle there may be none.
+    loopHasAudio = seconds > 0;
+    complete = damaged = false;
+    if (file->seek(seconds))
         decode();
+    else
+        fail();
     return !damaged || !frames.empty();
 }
 
@@ -60,38 +63,38 @@ void SoundBuffer::decode()
     if (complete)
         return;
     const auto before = frames.size();
-    const auto status = file->read(frames, piece);
-    passHasSound = passHasSound || frames.size() > before;
+    const auto status = file->read(frames, chunkFrames);
+    loopHasAudio = loopHasAudio || frames.size() > before;
     if (status == SoundFile::Status::Damaged)
-        giveUp();
+        fail();
     else if (status == SoundFile::Status::Ended)
-        nextPass();
+        startNextLoop();
 }
 
 void SoundBuffer::dropBefore(qint64 frame)
 {
     const qint64 count = std::min(frame, decodedEnd()) - begin;
-    if (count < leastDropped)
+    if (count < minTrim)
         return;
     frames.erase(frames.begin(), frames.begin() + count);
     begin += count;
 }
 
-void SoundBuffer::nextPass()
+void SoundBuffer::startNextLoop()
 {
     if (repeatsLeft == 0) {
-        file->finish(frames);
+        file->flush(frames);
         complete = true;
-    } else if (!passHasSound || !file->rewind()) {
-        giveUp();
+    } else if (!loopHasAudio || !file->rewind()) {
+        fail();
     } else {
         repeatsLeft -= repeatsLeft > 0 ? 1 : 0;
-        passHasSound = false;
+        loopHasAudio = false;
     }
 }
 
-void SoundBuffer::giveUp()
+void SoundBuffer::fail()
 {
-    file->finish(frames);
+    file->flush(frames);
     complete = damaged = true;
 }

@@ -5,10 +5,10 @@
 #include <span>
 #include <vector>
 
-/// The stretch of a playback that has been decoded and is still needed.
+/// The sliding window of a playback that is decoded and still needed.
 ///
-/// A playback is a file from some position on and then its repeats, counted in frames from 0. The
-/// stretch moves along: decode() lengthens it at its end, dropBefore() shortens it at its beginning.
+/// A playback is a file from some position on and then its repeats, counted in frames from 0. decode()
+/// extends the window at its end, dropBefore() trims it at its beginning.
 class SoundBuffer final
 {
     Q_DISABLE_COPY_MOVE(SoundBuffer)
@@ -16,19 +16,19 @@ class SoundBuffer final
 public:
     explicit SoundBuffer(std::unique_ptr<SoundFile> file);
 
-    /// The frames from number `first` on, as far as they are decoded and not dropped.
+    /// The decoded frames from number `first` on. Empty when `first` has been dropped or is not decoded yet.
     std::span<const SoundFrame> from(qint64 first) const;
 
     /// The number of the first frame that is not decoded yet.
     qint64 decodedEnd() const { return begin + qint64(frames.size()); }
 
-    /// True when everything up to the end of the last repeat is decoded, or up to where the file is damaged.
+    /// True when the last repeat is decoded to its end, or to where the file is damaged.
     bool isComplete() const { return complete; }
 
     /// True when the file could not be decoded to its end.
     bool isDamaged() const { return damaged; }
 
-    /// Where the playback ends: exact once isComplete(). The largest number for one that never ends.
+    /// The frame at which the playback ends: exact once isComplete(). The largest number for an endless one.
     qint64 playbackEnd() const;
 
     /// The position in the file, in seconds, of frame number `frame`.
@@ -37,26 +37,27 @@ public:
     /// The length of the file in seconds, see SoundFile.
     double duration() const { return file->duration(); }
 
-    /// Begins a playback at `seconds` with `loops` repeats (negative: endless ones). False when the file
-    /// cannot be read there.
+    /// Begins a playback at `seconds` with `loops` repeats (negative: endless). False when nothing can be
+    /// decoded there.
     bool start(double seconds, int loops);
 
-    /// Decodes one more piece, about 0.2 s.
+    /// Decodes about 0.2 s more.
     void decode();
 
+    /// Frees the frames before number `frame`, half a second or more at a time.
     void dropBefore(qint64 frame);
 
 private:
-    void nextPass();
-    void giveUp();
+    void startNextLoop();
+    void fail();
 
     std::unique_ptr<SoundFile> file;
     std::vector<SoundFrame> frames;
     qint64 begin = 0;     // the number of frames.front()
     double startedAt = 0; // seconds
-    int repeats = 0;      // in all
+    int repeats = 0;      // in total
     int repeatsLeft = 0;
-    bool passHasSound = false;
+    bool loopHasAudio = false;
     bool complete = false;
     bool damaged = false;
 };

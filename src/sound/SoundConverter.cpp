@@ -11,20 +11,20 @@ extern "C" {
 
 namespace {
 
-constexpr int lowestRate = 4000;
-constexpr int highestRate = 384000;
+constexpr int minRate = 4000;
+constexpr int maxRate = 384000;
 
 using Planes = std::array<const quint8 *, AV_NUM_DATA_POINTERS>;
 
-// Where sample `first` of each channel is; one entry for all channels when their samples alternate.
+// Pointers to sample `first` of each channel; one for all channels when they are interleaved.
 Planes planesFrom(const AVFrame &frame, int first)
 {
     const auto sampleFormat = AVSampleFormat(frame.format);
     const bool planar = av_sample_fmt_is_planar(sampleFormat);
-    const int step = av_get_bytes_per_sample(sampleFormat) * (planar ? 1 : frame.ch_layout.nb_channels);
+    const int stride = av_get_bytes_per_sample(sampleFormat) * (planar ? 1 : frame.ch_layout.nb_channels);
     Planes planes = {};
     for (int i = 0; i < (planar ? frame.ch_layout.nb_channels : 1); ++i)
-        planes[size_t(i)] = frame.extended_data[i] + ptrdiff_t(first) * step;
+        planes[size_t(i)] = frame.extended_data[i] + ptrdiff_t(first) * stride;
     return planes;
 }
 
@@ -39,19 +39,19 @@ bool SoundConverter::convert(const AVFrame &frame, int first, int count, std::ve
 {
     const Format wanted = formatOf(frame);
     if (!resampler || wanted != format) {
-        finish(out);
-        if (!prepare(wanted))
+        flush(out);
+        if (!configure(wanted))
             return false;
     }
     auto planes = planesFrom(frame, first);
-    run(planes.data(), count, out);
+    process(planes.data(), count, out);
     return true;
 }
 
-void SoundConverter::finish(std::vector<SoundFrame> &out)
+void SoundConverter::flush(std::vector<SoundFrame> &out)
 {
     if (resampler)
-        run(nullptr, 0, out);
+        process(nullptr, 0, out);
     resampler.reset();
 }
 
@@ -65,10 +65,10 @@ SoundConverter::Format SoundConverter::formatOf(const AVFrame &frame)
     return {frame.sample_rate, frame.format, frame.ch_layout.nb_channels, layout.u.mask};
 }
 
-bool SoundConverter::prepare(const Format &wanted)
+bool SoundConverter::configure(const Format &wanted)
 {
     AVChannelLayout in = {};
-    if (wanted.rate < lowestRate || wanted.rate > highestRate || wanted.channels > AV_NUM_DATA_POINTERS ||
+    if (wanted.rate < minRate || wanted.rate > maxRate || wanted.channels > AV_NUM_DATA_POINTERS ||
         av_channel_layout_from_mask(&in, wanted.layout) < 0)
         return false;
     AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
@@ -77,7 +77,7 @@ bool SoundConverter::prepare(const Format &wanted)
                         AVSampleFormat(wanted.sampleFormat), wanted.rate, 0, nullptr);
     resampler.reset(context);
     format = wanted;
-    // One loudspeaker's worth of sound is as loud from two: libswresample would take a third off.
+    // Mono plays at full level on both channels: libswresample would attenuate it by 3 dB.
     const double unattenuated[] = {1, 1};
     if (context && wanted.channels == 1)
         swr_set_matrix(context, unattenuated, 1);
@@ -87,12 +87,12 @@ bool SoundConverter::prepare(const Format &wanted)
     return false;
 }
 
-void SoundConverter::run(const quint8 **in, int count, std::vector<SoundFrame> &out)
+void SoundConverter::process(const quint8 **in, int count, std::vector<SoundFrame> &out)
 {
     const auto before = out.size();
-    const int room = std::max(0, swr_get_out_samples(resampler.get(), count));
-    out.resize(before + size_t(room));
+    const int capacity = std::max(0, swr_get_out_samples(resampler.get(), count));
+    out.resize(before + size_t(capacity));
     auto *target = reinterpret_cast<quint8 *>(out.data() + before);
-    const int made = room > 0 ? swr_convert(resampler.get(), &target, room, in, count) : 0;
-    out.resize(before + size_t(std::max(0, made)));
+    const int converted = capacity > 0 ? swr_convert(resampler.get(), &target, capacity, in, count) : 0;
+    out.resize(before + size_t(std::max(0, converted)));
 }

@@ -8,9 +8,9 @@
 struct AVFrame;
 struct SwrContext;
 
-/// Turns decoded sound of any rate, sample format and number of channels into SoundFrames.
+/// Converts decoded audio of any sample rate, sample format and channel layout to SoundFrames.
 ///
-/// It goes on from one call to the next, so that sound that was cut into pieces comes out whole.
+/// The resampler keeps its state between calls, so that consecutive chunks join without a gap.
 class SoundConverter final
 {
     Q_DISABLE_COPY_MOVE(SoundConverter)
@@ -18,12 +18,13 @@ class SoundConverter final
 public:
     SoundConverter() = default;
 
-    /// Appends `count` of the samples in `frame`, from its sample `first` on, to `out`. The last of them
-    /// may come with the next call only. Returns false when the format cannot be converted.
+    /// Appends `count` of the samples in `frame`, from its sample `first` on, to `out`. The
+    /// resampler may hold the last of them back until the next call. False when the format cannot be
+    /// converted.
     bool convert(const AVFrame &frame, int first, int count, std::vector<SoundFrame> &out);
 
-    /// Appends what is still held back; what comes next does not continue it.
-    void finish(std::vector<SoundFrame> &out);
+    /// Appends what is held back, and resets the resampler.
+    void flush(std::vector<SoundFrame> &out);
 
 private:
     struct Format
@@ -40,8 +41,8 @@ private:
     };
 
     static Format formatOf(const AVFrame &frame);
-    bool prepare(const Format &wanted);
-    void run(const quint8 **in, int count, std::vector<SoundFrame> &out);
+    bool configure(const Format &wanted);
+    void process(const quint8 **in, int count, std::vector<SoundFrame> &out);
 
     std::unique_ptr<SwrContext, Free> resampler;
     Format format;

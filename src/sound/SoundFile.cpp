@@ -1,6 +1,6 @@
 #include "sound/SoundFile.h"
 
-#include "sound/SoundBytes.h"
+#include "sound/SoundFileIO.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,12 +24,12 @@ constexpr auto codecs = "mp3float,mp3,mp2float,mp2,aac,aac_fixed,libfdk_aac,alac
                         "pcm_s8,pcm_u8,pcm_s16le,pcm_s16be,pcm_s24le,pcm_s24be,pcm_s32le,pcm_s32be,"
                         "pcm_f32le,pcm_f32be,pcm_f64le,pcm_f64be,pcm_alaw,pcm_mulaw";
 
-// What may be read without any sound coming of it, and how much processor time that may take.
+// How much may be read, and how much processor time spent, on opening a file and on decoding each chunk.
 constexpr auto timeToOpen = 250ms;
 constexpr qint64 bytesToOpen = 64 << 20;
 constexpr auto timeToDecode = 500ms;
 constexpr qint64 bytesToDecode = 32 << 20;
-// More undecodable packets in a row are more than a scratch.
+// A scratch damages a few packets; after more in a row the rest of the file is taken for damaged.
 constexpr int maxConsecutiveDecodeErrors = 25;
 // A file may claim anything in its tables. These suffice for four hours of MPEG-4.
 constexpr size_t maxAllocation = 16 << 20;
@@ -40,19 +40,19 @@ int openNothingElse(AVFormatContext *, AVIOContext **, const char *, int, AVDict
     return AVERROR(EPERM);
 }
 
-int isBudgetExhausted(void *bytes)
+int isBudgetExhausted(void *io)
 {
-    return static_cast<SoundBytes *>(bytes)->isBudgetExhausted();
+    return static_cast<SoundFileIO *>(io)->isBudgetExhausted();
 }
 
-// What is wrong with the file: trouble in reading it, if there was any, explains everything else.
-QString openError(const SoundBytes &bytes, const QString &fallback)
+// Errors in reading the file, if any, are the cause of `fallback`.
+QString openError(const SoundFileIO &io, const QString &fallback)
 {
-    if (bytes.hasFailed())
+    if (io.hasFailed())
         return u"The file cannot be read"_s;
-    if (bytes.hasTooManyComments())
+    if (io.hasTooManyComments())
         return u"Too many comments"_s;
-    return bytes.isBudgetExhausted() ? u"Timed out opening the file"_s : fallback;
+    return io.isBudgetExhausted() ? u"Timed out opening the file"_s : fallback;
 }
 
 } // namespace
@@ -79,13 +79,13 @@ void SoundFile::Free::operator()(AVPacket *audioPacket) const
 
 std::unique_ptr<SoundFile> SoundFile::open(const QString &path, QString &error)
 {
-    auto bytes = SoundBytes::open(path, error);
-    if (!bytes)
+    auto io = SoundFileIO::open(path, error);
+    if (!io)
         return nullptr;
     av_log_set_level(AV_LOG_QUIET);
     av_max_alloc(maxAllocation);
-    std::unique_ptr<SoundFile> file(new SoundFile(std::move(bytes)));
-    file->bytes->setBudget(bytesToOpen, timeToOpen);
+    std::unique_ptr<SoundFile> file(new SoundFile(std::move(io)));
+    file->io->setBudget(bytesToOpen, timeToOpen);
     error = file->openFormat(path);
     if (error.isEmpty())
         error = file->openCodec();
@@ -94,8 +94,8 @@ std::unique_ptr<SoundFile> SoundFile::open(const QString &path, QString &error)
     return error.isEmpty() ? std::move(file) : nullptr;
 }
 
-SoundFile::SoundFile(std::unique_ptr<SoundBytes> bytes)
-    : bytes(std::move(bytes))
+SoundFile::SoundFile(std::unique_ptr<SoundFileIO> io)
+    : io(std::move(io))
     , frame(av_frame_alloc())
     , packet(av_packet_alloc())
 {
@@ -119,11 +119,11 @@ double SoundFile::duration() const
 
 SoundFile::Status SoundFile::read(std::vector<SoundFrame> &out, int count)
 {
-    bytes->setBudget(bytesToDecode, timeToDecode);
-    const double endPosition = position + double(count) / sampleRate;
-    while (position < endPosition) {
-        // Data may follow behind the end, hours of it.
-        const Status status = position < end() ? decodeFrame() : Status::Ended;
+    io->setBudget(bytesToDecode, timeToDecode);
+    const double target = position + double(count) / sampleRate;
+    while (position < target) {
+        // Any amount of data may follow after the end of the audio.
+        const Status status = position < endPosition() ? decodeFrame() : Status::Ended;
         if (status == Status::Ended && !length)
             length = furthestPosition;
         if (status != Status::More)
@@ -136,7 +136,7 @@ SoundFile::Status SoundFile::read(std::vector<SoundFrame> &out, int count)
 
 bool SoundFile::rewind()
 {
-    bytes->setBudget(bytesToDecode, timeToDecode);
+    io->setBudget(bytesToDecode, timeToDecode);
     position = 0;
     seekTarget = 0;
     avcodec_flush_buffers(codec.get());
@@ -146,7 +146,7 @@ bool SoundFile::rewind()
 bool SoundFile::seek(double seconds)
 {
     std::vector<SoundFrame> discarded;
-    converter.finish(discarded);
+    converter.flush(discarded);
     const bool done = rewind();
     seekTarget = seconds;
     return done;
@@ -156,19 +156,21 @@ QString SoundFile::openFormat(const QString &path)
 {
     AVFormatContext *context = avformat_alloc_context();
     Q_CHECK_PTR(context);
-    context->pb = bytes->context();
+    context->pb = io->context();
     context->format_whitelist = av_strdup(formats);
     context->codec_whitelist = av_strdup(codecs);
-    context->interrupt_callback = {&isBudgetExhausted, bytes.get()};
+    context->interrupt_callback = {&isBudgetExhausted, io.get()};
     context->io_open = &openNothingElse;
     context->max_streams = maxStreams;
     if (avformat_open_input(&context, path.toUtf8().constData(), nullptr, nullptr) < 0)
-        return openError(*bytes, u"Unknown format"_s);
+        return openError(*io, u"Unknown format"_s);
     format.reset(context);
+    // It fails when one of the streams is damaged, which need not be the one that is played. Any fault of
+    // that one shows when its beginning is decoded.
     avformat_find_stream_info(context, nullptr);
     const int index = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (index < 0)
-        return openError(*bytes, u"No audio stream"_s);
+        return openError(*io, u"No audio stream"_s);
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = int(i) == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     stream = context->streams[index];
@@ -198,25 +200,28 @@ QString SoundFile::decodeBeginning()
     if (status == Status::More && !convertFrame(discarded))
         return u"Unsupported sample rate or number of channels"_s;
     if (status != Status::More || !seek(0))
-        return openError(*bytes, u"The sound is damaged"_s);
+        return openError(*io, u"The sound is damaged"_s);
     return {};
 }
 
+// Feeds the decoder with packets until it returns a frame. Packets that cannot be decoded are skipped.
 SoundFile::Status SoundFile::decodeFrame()
 {
-    for (int errors = 0; errors < maxConsecutiveDecodeErrors && !bytes->isBudgetExhausted();) {
+    int errors = 0;
+    while (errors < maxConsecutiveDecodeErrors && !io->isBudgetExhausted()) {
         const int received = avcodec_receive_frame(codec.get(), frame.get());
         if (received == 0)
             return Status::More;
         if (received == AVERROR_EOF)
-            return bytes->hasFailed() ? Status::Damaged : Status::Ended;
+            return io->hasFailed() ? Status::Damaged : Status::Ended;
         const int got = av_read_frame(format.get(), packet.get());
-        const bool sent =
-            got >= 0 ? sendPacket() : got == AVERROR_EOF && avcodec_send_packet(codec.get(), nullptr) >= 0;
-        if (got < 0 && got != AVERROR_EOF && got != AVERROR(EAGAIN))
+        const bool isEnd = got == AVERROR_EOF;
+        if (got < 0 && !isEnd && got != AVERROR(EAGAIN))
             return Status::Damaged;
-        if (!sent || received != AVERROR(EAGAIN))
-            ++errors;
+        const bool lastWasDecoded = received == AVERROR(EAGAIN); // it only needs another packet
+        const bool wasSent =
+            isEnd ? avcodec_send_packet(codec.get(), nullptr) >= 0 : got >= 0 && sendPacket();
+        errors += lastWasDecoded && wasSent ? 0 : 1;
     }
     return Status::Damaged;
 }
@@ -242,14 +247,14 @@ bool SoundFile::convertFrame(std::vector<SoundFrame> &out)
         return int(std::clamp(std::round((moment - position) * rate), 0.0, double(frame->nb_samples)));
     };
     const int first = samplesTo(seekTarget);
-    const int last = samplesTo(end());
-    const bool taken = last <= first || converter.convert(*frame, first, last - first, out);
+    const int last = samplesTo(endPosition());
+    const bool converted = last <= first || converter.convert(*frame, first, last - first, out);
     position += double(last) / rate;
     furthestPosition = std::max(furthestPosition, position);
-    return taken;
+    return converted;
 }
 
-double SoundFile::end() const
+double SoundFile::endPosition() const
 {
     // Only MPEG-4 says exactly where in its last packet the sound ends.
     const bool isExact = std::strncmp(format->iformat->name, "mov", 3) == 0 && stream->duration > 0;

@@ -8,17 +8,17 @@
 #include <optional>
 #include <vector>
 
-class SoundBytes;
+class SoundFileIO;
 struct AVCodecContext;
 struct AVFormatContext;
 struct AVFrame;
 struct AVPacket;
 struct AVStream;
 
-/// A sound file of any supported format, decoded from its beginning to its end as often as wanted.
+/// A sound file of any supported format, decoded from its beginning to its end any number of times.
 ///
-/// One pass over the file is read piece by piece; rewind() begins the next one without a gap. A call
-/// takes less than a second of the processor and some 128 MB at most, however odd the file is.
+/// One pass over the file is read in chunks; rewind() begins the next one without a gap. A call takes less
+/// than a second of processor time and some 128 MB at most, however odd the file is.
 class SoundFile final
 {
     Q_DISABLE_COPY_MOVE(SoundFile)
@@ -30,9 +30,9 @@ public:
         Damaged, ///< The file cannot be read any further.
     };
 
-    /// Opens the file at `path` and decodes a little of it. It takes as long as the disk takes: only the
-    /// processor's time is limited. On failure, also when the sound cannot be converted, returns null and
-    /// says why in `error`.
+    /// Opens the file at `path` and decodes its first frame. Only processor time is limited: a slow disk is
+    /// waited for. On failure, also when the audio cannot be converted, returns null and the reason in
+    /// `error`.
     static std::unique_ptr<SoundFile> open(const QString &path, QString &error);
 
     ~SoundFile();
@@ -44,19 +44,19 @@ public:
     /// True once the end has been decoded, which makes duration() exact.
     bool hasExactDuration() const { return length.has_value(); }
 
-    /// Decodes about `count` frames, fewer at the end of the pass, and appends those from where seek()
-    /// went to `out`.
+    /// Decodes about `count` frames, fewer at the end of the pass, and appends those after the position of
+    /// the last seek() to `out`.
     Status read(std::vector<SoundFrame> &out, int count);
 
-    /// Begins the next pass; its sound goes on seamlessly from that of the last. False when it cannot.
+    /// Begins the next pass, without a gap to the last one. False when the file cannot be read again.
     bool rewind();
 
-    /// Goes to a position in seconds from the beginning, which is to say that read() will pass over what
-    /// lies before it: only so does it find the place exactly in every format.
+    /// Begins a pass at a position in seconds: read() will decode the file from its beginning and discard
+    /// what lies before. No other way is exact in every format.
     bool seek(double seconds);
 
-    /// Appends the last few frames, which read() holds back for the sake of a following pass.
-    void finish(std::vector<SoundFrame> &out) { converter.finish(out); }
+    /// Appends the last few frames, which read() holds back so that the next pass can join.
+    void flush(std::vector<SoundFrame> &out) { converter.flush(out); }
 
 private:
     struct Free
@@ -67,7 +67,7 @@ private:
         void operator()(AVPacket *packet) const;
     };
 
-    explicit SoundFile(std::unique_ptr<SoundBytes> bytes);
+    explicit SoundFile(std::unique_ptr<SoundFileIO> io);
 
     QString openFormat(const QString &path);
     QString openCodec();
@@ -75,18 +75,18 @@ private:
     Status decodeFrame();
     bool sendPacket();
     bool convertFrame(std::vector<SoundFrame> &out);
-    double end() const;
+    double endPosition() const;
 
-    std::unique_ptr<SoundBytes> bytes;
+    std::unique_ptr<SoundFileIO> io;
     std::unique_ptr<AVFormatContext, Free> format;
     std::unique_ptr<AVCodecContext, Free> codec;
     std::unique_ptr<AVFrame, Free> frame;
     std::unique_ptr<AVPacket, Free> packet;
     AVStream *stream = nullptr;
     SoundConverter converter;
-    qint64 firstPacket = 0; // its time stamp
+    qint64 firstPacket = 0; // its timestamp
     double position = 0;    // of the next sample decoded, in seconds
-    double seekTarget = 0;  // where sound is wanted from; what lies before is dropped
+    double seekTarget = 0;  // in seconds; what lies before is discarded
     double furthestPosition = 0;
-    std::optional<double> length;
+    std::optional<double> length; // in seconds, once the end has been decoded
 };

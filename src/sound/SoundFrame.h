@@ -2,12 +2,12 @@
 
 #include <QtGlobal>
 
-/// One stereo frame of 16-bit samples, the one format that everything is played in.
+/// One stereo frame of 16-bit samples. Everything is converted to this format.
 struct SoundFrame
 {
     qint16 left;
     qint16 right;
 };
 
-/// In frames a second.
+/// In frames per second.
 constexpr int sampleRate = 48000;

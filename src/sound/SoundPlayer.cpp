@@ -11,28 +11,19 @@ namespace {
 
 constexpr qint64 decodeAhead = qint64(4) * sampleRate;
 
-// A server that is there within this time gets the sound from its beginning.
+// How long the timeline waits at its start for a server, so that the sound is heard from its beginning,
 constexpr auto maxStartLatency = 500ms;
-// A server that is there, but whose device does not play yet, is waited for as long as this.
+// and for the device of a server that is connected.
 constexpr auto maxWakeTime = 10s;
-// An output that is farther away than this from where it should be was held up, and is opened again.
+// In frames: an output that deviates more from the timeline is opened again.
 constexpr qint64 maxDrift = sampleRate;
 
 constexpr auto pollInterval = 500ms;
 constexpr auto startupPollInterval = 50ms;
-// The server's count of what has been played is a little uncertain: the last sound gets time to fade.
+// The server's playback position is a little uncertain: the output stays open for a while after the end.
 constexpr auto tailTimeout = 1s;
 
 } // namespace
-
-std::unique_ptr<SoundPlayer> SoundPlayer::create(const QString &path, AudioOutputFactory makeOutput,
-                                                 QString &error)
-{
-    auto file = SoundFile::open(path, error);
-    if (!file)
-        return nullptr;
-    return std::unique_ptr<SoundPlayer>(new SoundPlayer(std::move(file), std::move(makeOutput)));
-}
 
 SoundPlayer::SoundPlayer(std::unique_ptr<SoundFile> file, AudioOutputFactory makeOutput)
     : makeOutput(std::move(makeOutput))
@@ -143,7 +134,7 @@ void SoundPlayer::process()
     if (!isPlaying())
         return finish();
     feed();
-    // The device has stopped, or the server has run dry while this thread was held.
+    // The device has stopped, or the server's buffer ran empty while this thread was held.
     if (output->isOpen() && nextFrame + maxDrift < frame())
         output->reopen();
     output->requestTimingUpdate();
@@ -153,7 +144,7 @@ void SoundPlayer::process()
 void SoundPlayer::awaitStart()
 {
     if (!anchorTimer.isValid()) {
-        // The wait begins here and not in play(), after which the caller may have been busy for long.
+        // The timeout starts here, not in play(), after which the main thread may have been held.
         if (buffer.decodedEnd() > 0)
             anchorTimer.start();
     } else if (std::chrono::milliseconds(anchorTimer.elapsed()) >=
@@ -177,7 +168,7 @@ void SoundPlayer::scheduleProcess()
     processTimer.start(next);
 }
 
-// Called out of the output, too.
+// Also called by signals of the output, which must not be reopened then.
 void SoundPlayer::feed()
 {
     nextFrame += output->write(buffer.from(nextFrame));

@@ -12,20 +12,17 @@
 
 /// The platform audio player: decodes a file and has an output play it.
 ///
-/// The timeline of the playback is its own. It follows what the output says has been played, and goes on by
-/// the steady clock when there is no server, or one that does not answer: the sound comes back in sync when
-/// a server does. A device that needs a while to wake is waited for, so that the sound is heard from its
-/// beginning. Four seconds of sound are always decoded and given to the output in advance.
+/// The timeline of the playback follows the position that the output reports, and the steady clock while
+/// there is no server, or one that does not answer: the sound comes back in sync when a server does. A device
+/// that needs a while to wake is waited for, so that the sound is heard from its beginning. Four seconds are
+/// decoded and given to the output in advance.
 class SoundPlayer final : public QObject, public AVAudioPlayer
 {
     Q_DISABLE_COPY_MOVE(SoundPlayer)
 
 public:
-    /// A player for the file at `path`, or null with the reason in `error`. `makeOutput` is called at each
-    /// start of the playback.
-    static std::unique_ptr<SoundPlayer> create(const QString &path, AudioOutputFactory makeOutput,
-                                               QString &error);
-
+    /// Plays `file`. `makeOutput` is called at each start of a playback.
+    SoundPlayer(std::unique_ptr<SoundFile> file, AudioOutputFactory makeOutput);
     ~SoundPlayer() override;
 
     bool isPlaying() const override;
@@ -44,12 +41,10 @@ public:
 private:
     enum class State {
         Stopped,
-        Starting, // time stands still until something is heard, or it is not worth waiting for
+        Starting, // waiting for the output: the timeline stands at 0
         Playing,
-        Tail, // all has been played, as far as the output knows
+        Tail, // finished: the output is still open
     };
-
-    SoundPlayer(std::unique_ptr<SoundFile> file, AudioOutputFactory makeOutput);
 
     qint64 frame() const;
     void syncTimeline(qint64 now);
@@ -75,8 +70,8 @@ private:
     qint64 anchorFrame = 0;
     QElapsedTimer anchorTimer;
 
-    qint64 outputStartFrame = 0; // the frame that the output began with
-    qint64 nextFrame = 0;        // the frame that it is to be given next
-    qint64 playedFrame = 0;      // the frame that it was playing when it last said so
+    qint64 outputStartFrame = 0; // the first frame that the output was given
+    qint64 nextFrame = 0;        // the next one to give it
+    qint64 playedFrame = 0;      // the frame that it last reported
     bool hasProgressed = false;  // since it opened
 };

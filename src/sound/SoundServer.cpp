@@ -15,16 +15,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Times are counted in ticks of a timer, of which one is lost while the main thread is held, however long:
-// a server is not to blame for what we had no time to read.
-constexpr auto watchInterval = 500ms;
+// Timeouts are counted in timer ticks. A main thread that is held up, however long, costs one tick: a server
+// is not to blame for answers that we had no time to read.
+constexpr auto checkInterval = 500ms;
 constexpr int hungAfterTicks = 6;
 constexpr int reconnectAfterTicks = 4;
-
-QString errorOf(const pa_context *context)
-{
-    return QString::fromUtf8(pa_strerror(pa_context_errno(context)));
-}
 
 } // namespace
 
@@ -38,13 +33,13 @@ void SoundServer::Free::operator()(pa_context *pulseContext) const
 SoundServer::SoundServer(QByteArray address) : address(std::move(address))
 {
     loop.setTimersPostponed([this] { return mayBeResolving(); });
-    watchTimer.setInterval(watchInterval);
-    connect(&watchTimer, &QTimer::timeout, this, &SoundServer::watch);
+    checkTimer.setInterval(checkInterval);
+    connect(&checkTimer, &QTimer::timeout, this, &SoundServer::checkConnection);
 }
 
 SoundServer::~SoundServer()
 {
-    // It is never freed, which matters less than the wait, see mayBeResolving().
+    // A leak is better than the wait, see mayBeResolving().
     [[maybe_unused]] static pa_context *abandoned;
     if (mayBeResolving())
         abandoned = context.release();
@@ -60,7 +55,7 @@ void SoundServer::attach()
     if (attached++ > 0)
         return;
     ticksWithoutActivity = 0;
-    watchTimer.start();
+    checkTimer.start();
     if (!context)
         connectToServer();
 }
@@ -68,7 +63,7 @@ void SoundServer::attach()
 void SoundServer::detach()
 {
     if (--attached == 0)
-        watchTimer.stop();
+        checkTimer.stop();
 }
 
 void SoundServer::reportPlayback()
@@ -78,9 +73,11 @@ void SoundServer::reportPlayback()
         Log::write(u"Sound server is back"_s);
 }
 
-void SoundServer::fail(const QString &reason)
+void SoundServer::fail()
 {
-    // Called out of libpulse, which is not done yet with what would be freed.
+    const QString reason = QString::fromUtf8(pa_strerror(pa_context_errno(context.get())));
+    // libpulse, which may have called this, still uses the context. By the next turn there may be another
+    // one, even at the same address.
     const auto dropFailed = [this, reason, failed = contextNumber] {
         if (context && failed == contextNumber)
             drop(reason);
@@ -88,9 +85,9 @@ void SoundServer::fail(const QString &reason)
     QMetaObject::invokeMethod(this, dropFailed, Qt::QueuedConnection);
 }
 
-// While a thread of libpulse looks a host name up, whatever ends that early waits for the thread: to free the
-// context, and also libpulse's own timeout of five seconds. A name server that does not answer would hold the
-// main thread. Only once the name is found does libpulse wait to write to a socket.
+// libpulse resolves host names on a thread, and joins it when the context is freed and also at its own
+// timeout of five seconds. A name server that does not answer would hold the main thread. Only with a
+// resolved name does libpulse have a socket to write to.
 bool SoundServer::mayBeResolving() const
 {
     return context && pa_context_get_state(context.get()) == PA_CONTEXT_CONNECTING &&
@@ -100,7 +97,6 @@ bool SoundServer::mayBeResolving() const
 void SoundServer::connectToServer()
 {
     ticksWithoutActivity = 0;
-    ticksToReconnect = reconnectAfterTicks;
     ++contextNumber;
     pa_proplist *properties = pa_proplist_new();
     pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, BELFRY_ID);
@@ -111,10 +107,10 @@ void SoundServer::connectToServer()
     pa_context_set_state_callback(
         context.get(), [](pa_context *, void *self) { static_cast<SoundServer *>(self)->contextChanged(); },
         this);
-    // To start a server takes libpulse a wait, and is the business of the user's session.
+    // Starting a server would block, and is up to the user's session.
     const char *server = address.isEmpty() ? nullptr : address.constData();
     if (pa_context_connect(context.get(), server, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
-        fail(errorOf(context.get()));
+        fail();
 }
 
 void SoundServer::contextChanged()
@@ -124,13 +120,14 @@ void SoundServer::contextChanged()
     if (state == PA_CONTEXT_READY)
         Q_EMIT connected();
     else if (!PA_CONTEXT_IS_GOOD(state))
-        fail(errorOf(context.get()));
+        fail();
 }
 
 void SoundServer::drop(const QString &reason)
 {
     Q_EMIT disconnected();
     context.reset();
+    ticksToReconnect = outage ? reconnectAfterTicks : 1; // a server that restarts is often back at once
     reportOutage(reason);
 }
 
@@ -138,25 +135,25 @@ void SoundServer::reportOutage(const QString &reason)
 {
     if (attached == 0 || std::exchange(outage, true))
         return;
-    ticksToReconnect = 1;
     Log::write(u"No sound server (%1); playback continues silently"_s.arg(reason));
 }
 
-void SoundServer::watch()
+void SoundServer::checkConnection()
 {
     if (!context) {
         if (--ticksToReconnect <= 0)
             connectToServer();
-    } else if (++ticksWithoutActivity < hungAfterTicks) {
-        ping();
-    } else if (mayBeResolving()) {
-        reportOutage(u"its name is not resolved"_s);
-    } else {
-        drop(u"it does not answer"_s);
+        return;
     }
+    if (++ticksWithoutActivity < hungAfterTicks)
+        ping();
+    else if (mayBeResolving())
+        reportOutage(u"its name is not resolved"_s);
+    else
+        drop(u"it does not answer"_s);
 }
 
-// Any answer is a sign of life: a device may take its time to wake.
+// The answer shows that the server responds even while its device is asleep and no sound is played.
 void SoundServer::ping()
 {
     if (!connection())

@@ -13,9 +13,9 @@ struct pa_context;
 /// The connection to the user's sound server (PulseAudio, or PipeWire in its stead), one for all players.
 ///
 /// It is made when the first sound is to be played, and then kept. While anything is playing, a connection
-/// that fails, or over which nothing is answered for three seconds, is dropped, and another one is tried
-/// every two seconds. The log has one line when that begins and one when sound is played again. Nothing
-/// waits.
+/// that fails, or over which nothing is answered for three seconds, is dropped; another one is tried after
+/// half a second and then every two seconds. The log has one line when an outage begins and one when sound is
+/// played again. No call waits.
 class SoundServer final : public QObject
 {
     Q_OBJECT
@@ -29,25 +29,26 @@ public:
     /// The connection, ready for use, or null.
     pa_context *connection() const;
 
-    /// Says that somebody wants to play sound from now on, until detach().
+    /// To be called when something begins to play, and when it ends.
     void attach();
     void detach();
 
-    /// Says that sound has been played.
+    /// To be called when sound has been played, which ends an outage.
     void reportPlayback();
 
-    /// Drops the connection on the next turn of the event loop. `reason` is for the log.
-    void fail(const QString &reason);
+    /// Drops the connection on the next turn of the event loop, because of the last error that libpulse
+    /// reported.
+    void fail();
 
-    /// Sends at once what libpulse would send on the next turn of the event loop. Not to be called out of
-    /// libpulse.
+    /// Sends at once what libpulse would send on the next turn of the event loop. Must not be called from a
+    /// callback of libpulse.
     void flush() { loop.runDeferred(); }
 
 Q_SIGNALS:
     /// connection() is ready.
     void connected();
 
-    /// connection() is about to go away: let go of everything made from it.
+    /// connection() is about to go away: release everything made from it.
     void disconnected();
 
 private:
@@ -61,14 +62,14 @@ private:
     void contextChanged();
     void drop(const QString &reason);
     void reportOutage(const QString &reason);
-    void watch();
+    void checkConnection();
     void ping();
 
     QByteArray address;
     PulseMainLoop loop;
     std::unique_ptr<pa_context, Free> context;
-    int contextNumber = 0; // counts the connections
-    QTimer watchTimer;
+    int contextNumber = 0;
+    QTimer checkTimer;
     int attached = 0;
     int ticksWithoutActivity = 0;
     int ticksToReconnect = 0;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <pulse/context.h>
-#include <pulse/error.h>
 #include <pulse/operation.h>
 #include <pulse/proplist.h>
 #include <pulse/stream.h>
@@ -15,22 +14,22 @@ namespace {
 constexpr qint64 frameSize = sizeof(SoundFrame);
 constexpr pa_sample_spec format = {PA_SAMPLE_S16NE, sampleRate, 2};
 
-// The buffer on the server, in frames, so that the sound goes on while this thread is held. The first frame
-// starts the playback.
+// The buffer on the server, in frames: it bridges the time in which the main thread is held. A prebuffer of
+// one frame starts the playback at once.
 constexpr auto targetLength = 5 * sampleRate;
 constexpr auto minimumRequest = sampleRate / 10;
 constexpr pa_buffer_attr wantedBuffer = {uint32_t(-1), targetLength *frameSize, frameSize,
                                          minimumRequest *frameSize, uint32_t(-1)};
 
-// With this flag the server mixes no more in advance than one request, however large the buffer is. Without
-// it the sound would start late.
+// The device then buffers one request. Without this flag it would buffer nearly as much as the whole stream,
+// and the sound would start late.
 constexpr auto flags = PA_STREAM_EARLY_REQUESTS;
 
-// Servers keep one volume, mute switch and device for all programs of a role, and let some roles be silenced
-// by others ("music" by a call, "event" by the switch for system sounds). This one has no such rules.
+// Servers keep one volume, mute state and device for all programs of a role, and silence some roles: "music"
+// during a call, "event" by the switch for system sounds. None does so with this one.
 constexpr auto role = "alarm";
 
-// An answer that took longer, in ms, was read late and says nothing about now.
+// In ms: an answer that took longer was read late and says nothing about now.
 constexpr qint64 maxTimingAge = 100;
 
 struct FreeProperties
@@ -38,7 +37,7 @@ struct FreeProperties
     void operator()(pa_proplist *properties) const { pa_proplist_free(properties); }
 };
 
-// A stream that the server is just making cannot be disconnected yet.
+// libpulse cannot disconnect a stream that the server has not confirmed yet.
 void disconnectWhenReady(pa_stream *stream, void *)
 {
     if (pa_stream_get_state(stream) == PA_STREAM_READY)
@@ -63,7 +62,7 @@ SoundStream::SoundStream(std::shared_ptr<SoundServer> soundServer) : server(std:
 
 SoundStream::~SoundStream()
 {
-    // First, for what flush() calls may lead back here.
+    // First: flush() runs callbacks of libpulse, which must not open another stream.
     finish();
     close();
     server->flush();
@@ -124,7 +123,7 @@ void SoundStream::open()
     pa_proplist_sets(properties.get(), PA_PROP_MEDIA_ROLE, role);
     stream = pa_stream_new_with_proplist(server->connection(), "Belfry", &format, nullptr, properties.get());
     if (!stream)
-        return server->fail(QString::fromUtf8(pa_strerror(pa_context_errno(server->connection()))));
+        return server->fail();
     pa_stream_set_state_callback(
         stream, [](pa_stream *, void *self) { static_cast<SoundStream *>(self)->stateChanged(); }, this);
     pa_stream_set_write_callback(
@@ -133,7 +132,7 @@ void SoundStream::open()
     pa_stream_set_latency_update_callback(
         stream, [](pa_stream *, void *self) { static_cast<SoundStream *>(self)->timingUpdated(); }, this);
     if (pa_stream_connect_playback(stream, nullptr, &wantedBuffer, flags, nullptr, nullptr) < 0)
-        server->fail(QString::fromUtf8(pa_strerror(pa_context_errno(server->connection()))));
+        server->fail();
 }
 
 void SoundStream::close()
@@ -151,7 +150,7 @@ void SoundStream::close()
     timingRequest.invalidate();
 }
 
-// A server that has granted another buffer than was asked for may wait for more before it begins.
+// A server that has granted a larger prebuffer than was asked for would wait for more.
 void SoundStream::startPlayback()
 {
     const pa_buffer_attr *granted = pa_stream_get_buffer_attr(stream);
@@ -163,7 +162,7 @@ void SoundStream::stateChanged()
 {
     const auto state = pa_stream_get_state(stream);
     if (!PA_STREAM_IS_GOOD(state))
-        return server->fail(QString::fromUtf8(pa_strerror(pa_context_errno(pa_stream_get_context(stream)))));
+        return server->fail();
     if (state == PA_STREAM_READY)
         Q_EMIT opened();
 }

@@ -7,8 +7,8 @@
 class SoundServer;
 struct pa_stream;
 
-/// A playback stream of the sound server. It opens by itself as soon as there is a server, and again when
-/// there is another one.
+/// A playback stream of the sound server. It opens by itself as soon as there is a connection, and again
+/// after a reconnect.
 ///
 /// It asks for a buffer of five seconds and works with whatever it is granted.
 class SoundStream final : public AudioOutput
@@ -16,7 +16,7 @@ class SoundStream final : public AudioOutput
     Q_OBJECT
 
 public:
-    /// Begins to open. The signals come from the event loop, never from a call.
+    /// Begins to open. Signals come from the event loop, never from within a call.
     explicit SoundStream(std::shared_ptr<SoundServer> server);
     ~SoundStream() override;
 

@@ -31,7 +31,7 @@ SoundRecording decode(SoundFile &file, int passes)
         while (file.read(frames, 9600) == SoundFile::Status::More) {
         }
     }
-    file.finish(frames);
+    file.flush(frames);
     SoundRecording sound;
     for (const SoundFrame &frame : frames)
         sound.samples.push_back(frame.left);

@@ -354,9 +354,10 @@ private:
             return std::make_unique<SoundStream>(connection);
         };
         QString error;
-        auto made = SoundPlayer::create(path(name), makeOutput, error);
-        if (!made)
+        auto file = SoundFile::open(path(name), error);
+        if (!file)
             qFatal("%s", qPrintable(error));
+        auto made = std::make_unique<SoundPlayer>(std::move(file), makeOutput);
         made->setDelegate(&finish);
         return made;
     }
