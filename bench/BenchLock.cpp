@@ -106,7 +106,7 @@ struct Belfry
     HolidayStore holidays{base.db};
     HistoryStore history{base.db, clock};
     FakePlayer::Stage stage;
-    AVPlayer player{FakePlayer::factory(stage), Resources(QString())};
+    AVPlayer player{stage, Resources(QString())};
     Scheduler scheduler{clock, plans, holidays, history, player};
     TickTimer timer{clock, scheduler};
 };

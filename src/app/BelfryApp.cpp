@@ -16,8 +16,7 @@ BelfryApp::BelfryApp()
     , holidayStore(SQLiteHelper::shared().db())
     , historyStore(SQLiteHelper::shared().db(), clock)
     , loadRetry(*SQLiteHelper::shared().db(), planStore, holidayStore, historyStore)
-    , avplayer([this](const QString &path, QString &error) { return sound.makePlayer(path, error); },
-               resources)
+    , avplayer(sound, resources)
     , window({appStore, planStore, holidayStore, historyStore, avplayer, clock, resources})
 {}
 

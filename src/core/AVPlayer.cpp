@@ -5,9 +5,9 @@
 
 using namespace Qt::StringLiterals;
 
-AVPlayer::AVPlayer(AVAudioPlayerFactory makePlayer, Resources resources, QObject *parent)
+AVPlayer::AVPlayer(AVAudioPlayerFactory &factory, Resources resources, QObject *parent)
     : ObservableObject(parent)
-    , makePlayer(std::move(makePlayer))
+    , factory(factory)
     , resources(std::move(resources))
 {}
 
@@ -15,7 +15,7 @@ void AVPlayer::play(const QString &path, bool isLoop)
 {
     const QString file = FilePath::existing(path) ? path : resources.path(path).value_or(path);
     QString error;
-    std::shared_ptr<AVAudioPlayer> next = makePlayer(file, error);
+    std::shared_ptr<AVAudioPlayer> next = factory.makePlayer(file, error);
     if (!next)
         return Log::print(u"错误: "_s + error);
     player = next;

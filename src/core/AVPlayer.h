@@ -17,8 +17,8 @@ class AVPlayer final : public ObservableObject, private AVAudioPlayerDelegate
     Q_DISABLE_COPY_MOVE(AVPlayer)
 
 public:
-    /// `makePlayer` makes the platform players; `resources` is where a name that is no path is looked up.
-    AVPlayer(AVAudioPlayerFactory makePlayer, Resources resources, QObject *parent = nullptr);
+    /// `factory` makes the platform players; `resources` is where a name that is no path is looked up.
+    AVPlayer(AVAudioPlayerFactory &factory, Resources resources, QObject *parent = nullptr);
 
     /// The platform player of the last play() that succeeded, kept after its playback has ended.
     Published<std::shared_ptr<AVAudioPlayer>> player{this};
@@ -36,6 +36,6 @@ public:
 private:
     void audioPlayerDidFinishPlaying(AVAudioPlayer &player, bool successfully) override;
 
-    const AVAudioPlayerFactory makePlayer;
+    AVAudioPlayerFactory &factory;
     const Resources resources;
 };

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <QObject>
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 class AVAudioPlayer;
 
-/// Hears that a playback has come to its end.
+/// Is told when a playback ends.
 class AVAudioPlayerDelegate
 {
 public:
@@ -20,8 +20,8 @@ public:
 
 /// The platform audio player: one sound file, played once or repeated.
 ///
-/// It plays on its own, in time with the clock on the wall whether or not a sound server is there to
-/// make it heard. Destroying it ends its sound. No call waits for a sound server or throws.
+/// It plays in real time, whether or not there is a sound server to make it audible. Destroying it ends its
+/// sound. No call waits for a sound server or throws.
 class AVAudioPlayer
 {
 public:
@@ -33,13 +33,13 @@ public:
     /// The position in the file in seconds, 0 … duration(). At the end of a playback it is 0 again.
     virtual double currentTime() const = 0;
 
-    /// The length of the file in seconds. An estimate of the file's own until it has been decoded once.
+    /// The length of the file in seconds: what the file says, until it has been decoded once.
     virtual double duration() const = 0;
 
     /// How often the file is repeated after its first play; negative: endlessly. 0 at creation.
     virtual int numberOfLoops() const = 0;
 
-    /// Starts at currentTime(), or goes on. Returns false when nothing can be played.
+    /// Starts at currentTime(); has no effect while it plays. Returns false when nothing can be played.
     virtual bool play() = 0;
 
     /// Ends the sound at once and keeps the position.
@@ -50,10 +50,18 @@ public:
 
     virtual void setNumberOfLoops(int loops) = 0;
 
-    /// Who is told of the end; not owned, may be null.
+    /// The object that is told of the end; not owned, may be null.
     virtual void setDelegate(AVAudioPlayerDelegate *delegate) = 0;
 };
 
-/// Makes a player for the file at a path. On failure returns null and describes it in `error`.
-using AVAudioPlayerFactory =
-    std::function<std::unique_ptr<AVAudioPlayer>(const QString &path, QString &error)>;
+/// Makes players.
+class AVAudioPlayerFactory
+{
+public:
+    virtual ~AVAudioPlayerFactory() = default;
+
+    /// A player for the file at `path`, or null with the reason in `error`.
+    virtual std::unique_ptr<AVAudioPlayer> makePlayer(const QString &path, QString &error) = 0;
+};
+
+Q_DECLARE_INTERFACE(AVAudioPlayerFactory, "AVAudioPlayerFactory")

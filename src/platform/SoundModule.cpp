@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QLibrary>
+#include <QPluginLoader>
 
 using namespace Qt::StringLiterals;
 
@@ -19,19 +19,16 @@ QString SoundModule::pathOfApplication()
 
 bool SoundModule::load(QString &error)
 {
-    if (factory)
+    if (plugin)
         return true;
-    QLibrary module(path);
-    const auto enter =
-        reinterpret_cast<decltype(&belfryEnterSoundModule)>(module.resolve("belfryEnterSoundModule"));
-    if (enter)
-        enter(factory);
-    else
-        error = module.errorString();
-    return bool(factory);
+    QPluginLoader loader(path);
+    plugin.reset(qobject_cast<AVAudioPlayerFactory *>(loader.instance()));
+    if (!plugin)
+        error = u"%1: %2"_s.arg(path, loader.errorString());
+    return bool(plugin);
 }
 
 std::unique_ptr<AVAudioPlayer> SoundModule::makePlayer(const QString &file, QString &error)
 {
-    return load(error) ? factory(file, error) : nullptr;
+    return load(error) ? plugin->makePlayer(file, error) : nullptr;
 }

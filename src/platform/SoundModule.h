@@ -4,33 +4,29 @@
 
 #include <QString>
 
-/// The sound, as a module that is loaded while the program runs.
-///
-/// Its libraries, which decode and which speak to the sound server, would take up more of the start and of
-/// the memory than all the rest of the program, before anything rings.
-class SoundModule final
+#include <memory>
+
+/// The sound as a plugin that is loaded at run time: its libraries, for decoding and for the sound server,
+/// would slow down the start and double its memory before anything rings.
+class SoundModule final : public AVAudioPlayerFactory
 {
     Q_DISABLE_COPY_MOVE(SoundModule)
 
 public:
     explicit SoundModule(QString path);
 
-    /// The path of the running program's: in the folder of modules of an installed one, else beside the
-    /// program.
+    /// The path of the running program's plugin: in the folder of modules of an installed one, else in the
+    /// build tree.
     static QString pathOfApplication();
 
-    /// Loads the module if it has not been; takes some tens of milliseconds. Returns false, with the reason
+    /// Loads the plugin unless it is loaded; takes some tens of milliseconds. Returns false, with the reason
     /// in `error`, when that fails; the next call tries again.
     bool load(QString &error);
 
-    /// A player for the file at `file`, or null with the reason in `error`. Loads the module first if need
-    /// be.
-    std::unique_ptr<AVAudioPlayer> makePlayer(const QString &file, QString &error);
+    /// Loads the plugin first if necessary. The players must not outlive this object.
+    std::unique_ptr<AVAudioPlayer> makePlayer(const QString &file, QString &error) override;
 
 private:
-    QString path;
-    AVAudioPlayerFactory factory;
+    const QString path;
+    std::unique_ptr<AVAudioPlayerFactory> plugin;
 };
-
-/// The one function of the module, which is called by name: gives the factory of its players to `factory`.
-extern "C" Q_DECL_EXPORT void belfryEnterSoundModule(AVAudioPlayerFactory &factory);

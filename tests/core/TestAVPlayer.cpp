@@ -19,7 +19,7 @@ class TestAVPlayer final : public QObject
 private:
     const QTemporaryDir folder;
     FakePlayer::Stage stage;
-    AVPlayer player{FakePlayer::factory(stage), Resources(folder.filePath(u"share"_s))};
+    AVPlayer player{stage, Resources(folder.filePath(u"share"_s))};
 
     QString makeFile(const QString &name) const
     {

@@ -4,30 +4,26 @@
 
 #include <QStringList>
 
-/// A sound that plays for as long as the test wants. A path that holds "broken" cannot be opened.
+/// A player that plays for as long as the test wants.
 class FakePlayer final : public AVAudioPlayer
 {
 public:
-    /// What the fakes of one factory have in common, for the test to look at and to steer.
-    struct Stage
+    /// Makes fakes, and records what they do. A path that contains "broken" cannot be opened.
+    struct Stage final : AVAudioPlayerFactory
     {
+        std::unique_ptr<AVAudioPlayer> makePlayer(const QString &path, QString &error) override
+        {
+            if (!path.isEmpty() && !path.contains(QStringLiteral("broken")))
+                return std::make_unique<FakePlayer>(*this, path);
+            ++failures;
+            error = QStringLiteral("no audio");
+            return nullptr;
+        }
+
         QStringList played; ///< The paths played, in order.
         FakePlayer *sounding = nullptr;
         int failures = 0;
     };
-
-    /// Makes fakes that note what they do on `stage`, which must outlive them.
-    static AVAudioPlayerFactory factory(Stage &stage)
-    {
-        return [&stage](const QString &path, QString &error) -> std::unique_ptr<AVAudioPlayer> {
-            if (path.isEmpty() || path.contains(QStringLiteral("broken"))) {
-                ++stage.failures;
-                error = QStringLiteral("no audio");
-                return nullptr;
-            }
-            return std::make_unique<FakePlayer>(stage, path);
-        };
-    }
 
     FakePlayer(Stage &stage, const QString &path) : stage(stage), path(path) {}
     ~FakePlayer() override { stop(); }

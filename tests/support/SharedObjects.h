@@ -48,5 +48,5 @@ struct SharedObjects
     PlanStore planStore{base.db};
     HolidayStore holidayStore{base.db};
     HistoryStore historyStore{base.db, clock};
-    AVPlayer avPlayer{FakePlayer::factory(stage), resources};
+    AVPlayer avPlayer{stage, resources};
 };
