@@ -75,6 +75,8 @@ function(belfry_test file)
         BELFRY_SCHEMA="${PROJECT_SOURCE_DIR}/resources/schema.sql")
     add_dependencies(${name} resources)
     target_link_libraries(${name} PRIVATE belfry_options Qt6::Test ${ARGN})
+    # Not -fPIE: it shares the precompiled headers of the libraries.
+    target_compile_options(${name} PRIVATE -fPIC)
     belfry_precompiled_headers(${name})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
