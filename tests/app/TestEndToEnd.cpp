@@ -23,7 +23,8 @@ private:
     {
         belfry.process.terminate();
         QVERIFY(belfry.process.waitForFinished());
-        QCOMPARE(belfry.process.exitCode(), 0);
+        if (belfry.process.exitCode() != 0)
+            QFAIL(belfry.process.readAllStandardError().constData());
     }
 
     static QDateTime monday(const char *time) { return BelfryProcess::monday(time); }
