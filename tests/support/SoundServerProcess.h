@@ -172,14 +172,26 @@ private:
         return waitFor(socket());
     }
 
-    // The others end when they find no pipewire. wireplumber connects streams with sinks.
+    // wireplumber connects streams with sinks; one that is there before the sink has its ports may stay
+    // silent.
     bool startPipeWire()
     {
         run(daemons[0], "pipewire");
         if (!waitFor(path("pipewire-0")))
             return false;
-        run(daemons[1], "pipewire-pulse");
-        run(daemons[2], "wireplumber");
+        const auto hasPorts = [this] {
+            // It ends when nobody listens at the socket yet.
+            if (daemons[1].state() == QProcess::NotRunning)
+                run(daemons[1], "wireplumber");
+            QProcess ports;
+            ports.setProcessEnvironment(environment());
+            ports.start(QStringLiteral("pw-link"), {QStringLiteral("--input")});
+            ports.waitForFinished();
+            return ports.readAllStandardOutput().contains("ear:playback_FL");
+        };
+        if (!QTest::qWaitFor(hasPorts, 10000))
+            return false;
+        run(daemons[2], "pipewire-pulse");
         return waitFor(socket());
     }
 
