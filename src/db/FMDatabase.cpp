@@ -40,12 +40,7 @@ void logArgument(const QVariant &value)
         Log::write(u"obj: %1"_s.arg(isNull(value) ? u"<null>"_s : value.toString()));
 }
 
-int bindText(sqlite3_stmt *statement, int column, const QString &text)
-{
-    return sqlite3_bind_text(statement, column, text.toUtf8().constData(), -1, SQLITE_TRANSIENT);
-}
-
-int passRow(void *block, int count, char **texts, char **names)
+int callResultBlock(void *block, int count, char **texts, char **names)
 {
     QVariantHash row;
     for (int i = 0; i < count; ++i)
@@ -99,11 +94,6 @@ bool FMDatabase::lastErrorIsBusy() const
     return isBusy(lastErrorCode());
 }
 
-FMError FMDatabase::lastError() const
-{
-    return errorWithMessage(lastErrorMessage());
-}
-
 FMError FMDatabase::errorWithMessage(const QString &message) const
 {
     return FMError{lastErrorCode(), message};
@@ -111,13 +101,12 @@ FMError FMDatabase::errorWithMessage(const QString &message) const
 
 void FMDatabase::setMaxBusyRetryTimeInterval(double seconds)
 {
+    constexpr auto retry = [](void *self, int calls) {
+        return static_cast<FMDatabase *>(self)->waitForLock(calls) ? 1 : 0;
+    };
     _maxBusyRetryTimeInterval = seconds;
-    if (!_db)
-        return;
-    if (seconds > 0)
-        sqlite3_busy_handler(_db, &retryWhenBusy, this);
-    else
-        sqlite3_busy_handler(_db, nullptr, nullptr);
+    if (_db)
+        sqlite3_busy_handler(_db, seconds > 0 ? +retry : nullptr, this);
 }
 
 bool FMDatabase::open()
@@ -131,15 +120,14 @@ bool FMDatabase::open()
         Log::write(u"error opening!: %1"_s.arg(result));
         return false;
     }
-    if (_maxBusyRetryTimeInterval > 0)
-        setMaxBusyRetryTimeInterval(_maxBusyRetryTimeInterval);
+    setMaxBusyRetryTimeInterval(_maxBusyRetryTimeInterval);
     _isOpen = true;
     return true;
 }
 
 bool FMDatabase::close()
 {
-    // The result sets may be all that keeps the connection alive.
+    // The open result sets may hold the last references to this connection.
     const auto self = weak_from_this().lock();
     closeOpenResultSets();
     if (!_db)
@@ -158,7 +146,7 @@ bool FMDatabase::executeStatements(const QString &sql, ResultBlock block)
 {
     char *error = nullptr;
     const int result =
-        sqlite3_exec(_db, sql.toUtf8().constData(), block ? &passRow : nullptr, &block, &error);
+        sqlite3_exec(_db, sql.toUtf8().constData(), block ? &callResultBlock : nullptr, &block, &error);
     if (error && _logsErrors)
         Log::write(u"Error inserting batch: %1"_s.arg(QString::fromUtf8(error)));
     sqlite3_free(error);
@@ -249,7 +237,7 @@ int FMDatabase::bindObject(const QVariant &value, int column, sqlite3_stmt *stat
         return sqlite3_bind_null(statement, column);
     switch (value.typeId()) {
     case QMetaType::QByteArray: {
-        // The pointer to no bytes is not null either: that would bind NULL.
+        // QByteArray's data pointer is never null, even when empty: null would bind NULL, not an empty blob.
         const QByteArray bytes = value.toByteArray();
         return sqlite3_bind_blob64(statement, column, bytes.constData(), sqlite3_uint64(bytes.size()),
                                    SQLITE_TRANSIENT);
@@ -262,31 +250,25 @@ int FMDatabase::bindObject(const QVariant &value, int column, sqlite3_stmt *stat
     case QMetaType::Short:
     case QMetaType::UShort:
     case QMetaType::Int:
-    case QMetaType::Bool:
-        return sqlite3_bind_int(statement, column, value.toInt());
     case QMetaType::UInt:
     case QMetaType::Long:
-    case QMetaType::LongLong:
-        return sqlite3_bind_int64(statement, column, value.toLongLong());
     case QMetaType::ULong:
+    case QMetaType::LongLong:
     case QMetaType::ULongLong:
-        return sqlite3_bind_int64(statement, column, qint64(value.toULongLong()));
+    case QMetaType::Bool:
+        return sqlite3_bind_int64(statement, column, value.toLongLong());
     case QMetaType::Float:
     case QMetaType::Double:
         return sqlite3_bind_double(statement, column, value.toDouble());
     default:
-        return bindText(statement, column, value.toString());
+        return sqlite3_bind_text(statement, column, value.toString().toUtf8().constData(), -1,
+                                 SQLITE_TRANSIENT);
     }
 }
 
-int FMDatabase::retryWhenBusy(void *connection, int count)
+bool FMDatabase::waitForLock(int previousCalls)
 {
-    return static_cast<FMDatabase *>(connection)->waitForLock(count) ? 1 : 0;
-}
-
-bool FMDatabase::waitForLock(int count)
-{
-    if (count == 0) {
+    if (previousCalls == 0) {
         _startBusyRetryTime = secondsNow();
         return true;
     }

@@ -13,7 +13,7 @@ class FMStatement;
 struct sqlite3;
 struct sqlite3_stmt;
 
-/// What went wrong, in SQLite's words.
+/// An SQLite error: its result code and message.
 struct FMError
 {
     int code = 0;
@@ -23,95 +23,93 @@ struct FMError
 
 /// One connection to one SQLite database file.
 ///
-/// Owned by a `std::shared_ptr`, which databaseWithPath() makes: its result sets keep it alive, while it only
-/// knows which of them are open. It is used from one thread. Failures come back as return values, with a line
-/// in the log, and leave the connection usable. While another connection locks the file, a call waits
-/// maxBusyRetryTimeInterval() seconds for it at the most.
+/// Created by databaseWithPath() and owned by shared pointers: each open result set holds one, the connection
+/// itself only lists them. Not thread-safe. A failure is a return value and a line in the log, and leaves the
+/// connection usable. While another connection holds a lock on the file, a call waits up to
+/// maxBusyRetryTimeInterval() seconds for it.
 class FMDatabase final : public std::enable_shared_from_this<FMDatabase>
 {
     Q_DISABLE_COPY_MOVE(FMDatabase)
 
 public:
-    /// Is given each row of a script as texts by column name, with the null marker (a QVariant of
-    /// `nullptr`) for NULL. Anything but 0 ends the script, which then has failed. Must not throw.
+    /// Called for each row that a script yields, with its texts by column name; NULL is the null marker, a
+    /// QVariant of `nullptr`. A result other than 0 aborts the script, which then fails. Must not throw.
     using ResultBlock = std::function<int(const QVariantHash &row)>;
 
-    /// A closed connection to the file at `path`: no path is a database in memory, an empty one a
-    /// temporary file.
+    /// A closed connection to the file at `path`. Without a path the database is in memory, with an empty
+    /// one in a temporary file.
     static std::shared_ptr<FMDatabase> databaseWithPath(const std::optional<QString> &path);
     /// Closes the connection.
     ~FMDatabase();
 
     const std::optional<QString> &databasePath() const { return _databasePath; }
-    /// The name that SQLite is given for the file.
+    /// The file name as passed to SQLite.
     QByteArray sqlitePath() const;
-    /// SQLite's connection; null when there is none.
+    /// SQLite's handle; null before open() and after close().
     sqlite3 *sqliteHandle() const { return _db; }
     bool isOpen() const { return _isOpen; }
-    /// True when the connection is open; false, and a line in the log, when it is not.
+    /// The same as isOpen(), with a line in the log when it is not.
     bool databaseExists() const;
     bool hasOpenResultSets() const { return !_openResultSets.isEmpty(); }
 
-    /// The outcome of SQLite's last call on the connection.
+    /// The result of SQLite's last call on the connection.
     int lastErrorCode() const;
     QString lastErrorMessage() const;
-    /// Whether that call gave up because another connection has locked the file.
+    /// Whether that call failed because another connection holds a lock on the file.
     bool lastErrorIsBusy() const;
-    FMError lastError() const;
-    /// The last error code under another description.
+    FMError lastError() const { return errorWithMessage(lastErrorMessage()); }
+    /// The last error code with another description.
     FMError errorWithMessage(const QString &message) const;
 
-    /// Whether failed queries and scripts are logged: true from the start.
+    /// Whether failed queries and scripts are logged; true by default.
     bool logsErrors() const { return _logsErrors; }
     void setLogsErrors(bool logsErrors) { _logsErrors = logsErrors; }
 
-    /// Whether each query and each of its arguments is logged: false from the start.
+    /// Whether each query and each of its arguments is logged; false by default.
     bool traceExecution() const { return _traceExecution; }
     void setTraceExecution(bool traceExecution) { _traceExecution = traceExecution; }
 
-    /// How many seconds a call waits for a locked file: 2 from the start. With 0 or less it does not
-    /// wait at all.
+    /// The timeout, in seconds, for a call that finds the file locked; 2 by default. With 0 or less it fails
+    /// at once.
     double maxBusyRetryTimeInterval() const { return _maxBusyRetryTimeInterval; }
     void setMaxBusyRetryTimeInterval(double seconds);
 
-    /// Opens the file for reading and writing and creates it when it is missing. Returns whether the
-    /// connection is open, true at once when it already was.
+    /// Opens the file for reading and writing, and creates it if it is missing. Returns whether the
+    /// connection is open; does nothing if it already was.
     bool open();
 
-    /// Closes the open result sets, then the connection. Returns true.
+    /// Closes the open result sets, then the connection. Always returns true.
     bool close();
 
     /// Runs the statements of `sql` in order, up to the first that fails; those before it stay applied.
     /// Returns whether all ran.
     bool executeStatements(const QString &sql, ResultBlock block = {});
 
-    /// Prepares the first statement of `sql` and binds its parameters to `arguments` in order, of which
-    /// there may be too many. An argument is absent (an invalid QVariant), the null marker (`nullptr`),
-    /// a number, a QByteArray, a QDateTime or whatever has a text.
+    /// Prepares the first statement of `sql` and binds `arguments` to its parameters in order; surplus
+    /// arguments are ignored. An argument is absent (an invalid QVariant), the null marker, a number, a
+    /// QByteArray, a QDateTime (bound as seconds since 1970) or anything that QVariant converts to text.
     ///
-    /// Returns the rows, or null when the connection is closed or is preparing another query, when
-    /// `sql` does not compile and when the arguments do not fit.
+    /// Returns the rows, or null when the connection is closed or preparing another query, when `sql` does
+    /// not compile, and when an argument is missing or cannot be bound.
     std::shared_ptr<FMResultSet> executeQuery(const QString &sql, const QVariantList &arguments);
 
-    /// Closes every result set of the connection that is still open.
+    /// Closes the result sets of this connection that are still open.
     void closeOpenResultSets();
 
     /// Called by a result set that has closed.
     void resultSetDidClose(FMResultSet *resultSet);
 
-    /// Logs that a query is started while another one is being prepared.
+    /// Logs that a query was started while another was being prepared.
     void warnInUse() const;
 
 private:
     explicit FMDatabase(const std::optional<QString> &path);
 
-    static int retryWhenBusy(void *connection, int count);
-
     QString description() const;
     std::unique_ptr<FMStatement> prepare(const QString &sql);
     bool bindStatement(sqlite3_stmt *statement, const QVariantList &arguments);
     int bindObject(const QVariant &value, int column, sqlite3_stmt *statement);
-    bool waitForLock(int count);
+    bool waitForLock(int previousCalls);
     bool finalizeLeakedStatements();
 
     sqlite3 *_db = nullptr;

@@ -15,7 +15,7 @@ namespace {
 
 bool isAscii(QByteArrayView bytes)
 {
-    // All bytes in one go are faster than a stop at the first that is not.
+    // Without an early exit the loop can be vectorised.
     return (std::accumulate(bytes.begin(), bytes.end(), '\0', std::bit_or<char>()) & 0x80) == 0;
 }
 
@@ -26,7 +26,7 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes)
     if (!bytes.isValidUtf8())
         return std::nullopt;
     QString text = QString::fromUtf8(bytes);
-    // Qt takes this mark for the beginning of a file, and drops it.
+    // fromUtf8() drops a leading byte order mark; here it is part of the text.
     if (bytes.startsWith("\xEF\xBB\xBF"))
         text.prepend(QChar::ByteOrderMark);
     return text;
@@ -89,7 +89,7 @@ std::optional<QString> FMResultSet::stringForColumnIndex(int index) const
 {
     if (!hasColumn(index))
         return std::nullopt;
-    // Null for NULL, so that its type need not be asked for.
+    // Null for NULL, so that the column's type need not be read.
     const unsigned char *text = sqlite3_column_text(handle(), index);
     return text ? decodeUtf8(QByteArrayView(text)) : std::nullopt;
 }

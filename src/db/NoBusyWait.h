@@ -2,7 +2,7 @@
 
 #include "db/FMDatabase.h"
 
-/// While it lives, no call on the connection waits for a locked file: it fails at once.
+/// In its scope, a call on the connection that finds the file locked fails at once.
 class NoBusyWait final
 {
     Q_DISABLE_COPY_MOVE(NoBusyWait)
