@@ -3,14 +3,14 @@
 #include <QHash>
 #include <QString>
 
-/// One playback in the log.
+/// One playback in the history.
 struct History
 {
-    bool isChecked = false; ///< Selected in edit mode; memory only.
+    bool isChecked = false; ///< Selected in edit mode; in memory only.
     QString id;             ///< A UUID in upper case.
     QString title;          ///< The title of the plan that was played.
     QString begin;          ///< "yyyy-MM-dd HH:mm:ss"
-    QString end;            ///< The same, or "------" while the playback has not been finished.
+    QString end;            ///< The same, or "------" until the playback is finished.
 
     bool operator==(const History &) const = default;
 };

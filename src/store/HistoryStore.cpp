@@ -8,12 +8,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Stands in memory for the NULL that the table holds until the playback is finished.
+// The `end` of an unfinished entry; NULL in the table.
 const QString unfinished = u"------"_s;
 
 const QStringList columns{u"id"_s, u"title"_s, u"begin"_s, u"end"_s};
 
-History historyOf(const Records::Row &row)
+History readHistory(const Records::Row &row)
 {
     return {.id = row.text(0),
             .title = row.text(1),
@@ -91,11 +91,11 @@ void HistoryStore::deleteCheckedHistory()
 
 void HistoryStore::toggleChecked(const History &history)
 {
-    Records::toggleChecked(historys, QString(history.id));
+    Records::toggleChecked(historys, history.id);
 }
 
 void HistoryStore::loadHistory()
 {
     state = Records::load(*db, u"select *\nfrom history\norder by begin desc"_s, columns, historys,
-                          {&History::isChecked}, historyOf);
+                          {&History::isChecked}, readHistory);
 }

@@ -13,8 +13,8 @@ class FMDatabase;
 
 /// The log of today's playbacks, in memory for the screens and in the table `history`.
 ///
-/// Around one playback the callers use addHistory() when it starts, deleteOldHistory() right after it,
-/// and finishHistory() when it stops. The table is read once; a failed write leaves the list as it was.
+/// For each playback, call addHistory() when it starts, deleteOldHistory() right after that, and
+/// finishHistory() when it stops. The table is read once; a failed write leaves the list as it was.
 class HistoryStore final : public ObservableObject
 {
     Q_OBJECT
@@ -23,33 +23,32 @@ class HistoryStore final : public ObservableObject
 public:
     HistoryStore(std::shared_ptr<FMDatabase> db, const Clock &clock, QObject *parent = nullptr);
 
-    /// Newest first; entries of one second in the order in which they were added.
+    /// Newest first; entries of the same second in the order in which they were added.
     Published<QList<History>> historys{this};
 
-    /// The id of the entry of the playback in progress; empty when there is none.
+    /// The id of the entry of the playback in progress; empty if there is none.
     Published<QString> curId{this};
 
-    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
-    /// (see LoadRetry).
+    /// Reads the table into the list. Called by the constructor, and by LoadRetry while the file is locked.
     void loadHistory();
 
-    /// What became of the last attempt to read the table.
+    /// The result of the last attempt to read the table.
     LoadState loadState() const { return state; }
 
-    /// Starts an entry that begins now and makes it the current one. The entry before it is not
-    /// finished. When the database refuses it, `curId` names no entry.
+    /// Adds an entry that begins now and makes it the current one; the previous one is not finished. If the
+    /// database rejects it, `curId` is the id of no entry.
     void addHistory(const QString &title);
 
-    /// Ends the current entry now; does nothing when there is none.
+    /// Sets the end of the current entry to now; does nothing if there is none.
     void finishHistory();
 
     /// Deletes all entries that did not begin today.
     void deleteOldHistory();
 
-    /// Deletes the checked entries. One that the database refuses to delete stays, checked.
+    /// Deletes the checked entries. One that the database does not delete stays in the list, checked.
     void deleteCheckedHistory();
 
-    /// Inverts the check of the entry with that id. Memory only.
+    /// Toggles isChecked of the entry with that id. In memory only.
     void toggleChecked(const History &history);
 
 private:

@@ -6,7 +6,7 @@
 /// A named period of whole days in which the timetable is suspended.
 struct Holiday
 {
-    bool isChecked = false; ///< Selected in edit mode; memory only.
+    bool isChecked = false; ///< Selected in edit mode; in memory only.
     QString id;             ///< A UUID in upper case; never changes.
     QString title;
     QString begin; ///< The first day, "yyyy-MM-dd".

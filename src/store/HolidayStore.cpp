@@ -8,7 +8,7 @@ namespace {
 
 const QStringList columns{u"id"_s, u"title"_s, u"begin"_s, u"end"_s};
 
-Holiday holidayOf(const Records::Row &row)
+Holiday readHoliday(const Records::Row &row)
 {
     return {.id = row.text(0), .title = row.text(1), .begin = row.text(2), .end = row.text(3)};
 }
@@ -60,11 +60,11 @@ void HolidayStore::deleteCheckedHolidays()
 
 void HolidayStore::toggleChecked(const Holiday &holiday)
 {
-    Records::toggleChecked(holidays, QString(holiday.id));
+    Records::toggleChecked(holidays, holiday.id);
 }
 
 void HolidayStore::loadHolidays()
 {
     state = Records::load(*db, u"select *\nfrom holiday\norder by begin"_s, columns, holidays,
-                          {&Holiday::isChecked}, holidayOf);
+                          {&Holiday::isChecked}, readHoliday);
 }

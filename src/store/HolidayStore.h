@@ -12,8 +12,8 @@ class FMDatabase;
 
 /// All holidays, in memory for the screens and the scheduler and in the table `holiday`.
 ///
-/// The table is read once. Afterwards each operation writes it first and changes the list only when that
-/// succeeded. A database that cannot be read leaves the list empty.
+/// The table is read once. Afterwards each operation writes to it first and changes the list only if that
+/// succeeds. Rows read before a failure are listed.
 class HolidayStore final : public ObservableObject
 {
     Q_OBJECT
@@ -22,30 +22,29 @@ class HolidayStore final : public ObservableObject
 public:
     explicit HolidayStore(std::shared_ptr<FMDatabase> db, QObject *parent = nullptr);
 
-    /// In ascending order of `begin`; holidays of equal begin in the order in which they were added.
+    /// In ascending order of `begin`; holidays with the same begin in the order in which they were added.
     Published<QList<Holiday>> holidays{this};
 
-    /// The editor for a new holiday is shown. Belongs to the screens.
+    /// Whether the editor for a new holiday is shown. Used by the screens alone.
     Published<bool> showHolidayEdit{this, false};
 
-    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
-    /// (see LoadRetry).
+    /// Reads the table into the list. Called by the constructor, and by LoadRetry while the file is locked.
     void loadHolidays();
 
-    /// What became of the last attempt to read the table.
+    /// The result of the last attempt to read the table.
     LoadState loadState() const { return state; }
 
-    /// Stores a new holiday. Returns false, with nothing changed, when the database refuses it.
+    /// Stores a new holiday. Returns false, with nothing changed, if the database rejects it.
     bool addHoliday(const Holiday &holiday);
 
-    /// Stores the fields of the holiday with that id; the check of the entry in the list stays. Returns
-    /// false, with nothing changed, when the database refuses it.
+    /// Stores the fields of the holiday with that id; isChecked of the entry in the list is kept. Returns
+    /// false, with nothing changed, if the database rejects it.
     bool updateHoliday(const Holiday &holiday);
 
-    /// Deletes the checked holidays. One that the database refuses to delete stays, checked.
+    /// Deletes the checked holidays. One that the database does not delete stays in the list, checked.
     void deleteCheckedHolidays();
 
-    /// Inverts the check of the holiday with that id. Memory only.
+    /// Toggles isChecked of the holiday with that id. In memory only.
     void toggleChecked(const Holiday &holiday);
 
 private:

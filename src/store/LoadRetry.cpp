@@ -20,7 +20,7 @@ LoadRetry::LoadRetry(FMDatabase &db, PlanStore &planStore, HolidayStore &holiday
     connect(&timer, &QTimer::timeout, this, &LoadRetry::retry);
     if (!isAnyLocked())
         return;
-    Log::write(u"data.db is locked; trying to read it once a second"_s);
+    Log::write(u"data.db is locked; retrying every second"_s);
     timer.start(1s);
 }
 
@@ -33,7 +33,7 @@ bool LoadRetry::isAnyLocked() const
 void LoadRetry::retry()
 {
     const NoBusyWait noWait(db);
-    db.setLogsErrors(false); // The same lines every second would say nothing new.
+    db.setLogsErrors(false); // Or every retry would repeat the lines of the first failure.
     if (planStore.loadState() == LoadState::Locked)
         planStore.loadPlans();
     if (holidayStore.loadState() == LoadState::Locked)
@@ -47,6 +47,6 @@ void LoadRetry::retry()
     const bool isLoaded = planStore.loadState() == LoadState::Loaded &&
                           holidayStore.loadState() == LoadState::Loaded &&
                           historyStore.loadState() == LoadState::Loaded;
-    Log::write(isLoaded ? u"data.db is no longer locked and has been read"_s
-                        : u"data.db is no longer locked but cannot be read"_s);
+    Log::write(isLoaded ? u"data.db is no longer locked and has been loaded"_s
+                        : u"data.db is no longer locked but cannot be loaded"_s);
 }

@@ -7,16 +7,15 @@ class HistoryStore;
 class HolidayStore;
 class PlanStore;
 
-/// Repeats what the stores did at their creation: reads, once a second, the tables of those that found the
-/// file locked, until each has been read once. A retry does not wait for the file, so it does not hold up the
-/// scheduler.
+/// Reloads the stores that found the file locked when they were created, every second until each has been
+/// loaded once. A retry fails at once while the file is locked, so that it does not delay the scheduler.
 class LoadRetry final : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(LoadRetry)
 
 public:
-    /// `db` is the connection of the stores.
+    /// `db` is the stores' connection.
     LoadRetry(FMDatabase &db, PlanStore &planStore, HolidayStore &holidayStore, HistoryStore &historyStore,
               QObject *parent = nullptr);
 

@@ -5,18 +5,18 @@
 
 #include <array>
 
-/// One entry of the weekly timetable: what to play, between which times of day, on which weekdays.
+/// One entry of the weekly timetable: what to play, at which times of day, on which weekdays.
 struct Plan
 {
-    bool isChecked = false; ///< Selected in edit mode; memory only.
-    bool isPlaying = false; ///< Its playback is the current one; memory only.
+    bool isChecked = false; ///< Selected in edit mode; in memory only.
+    bool isPlaying = false; ///< It is being played; in memory only.
     QString id;             ///< A UUID in upper case; never changes.
     QString title;
     QString begin;       ///< "HH:mm"
     QString end;         ///< "HH:mm"
     QString music;       ///< File name of the audio file, as the card shows it.
-    QString content;     ///< Full path of the audio file, or the name of a resource: what is played.
-    bool isLoop = false; ///< The file is repeated.
+    QString content;     ///< What is played: the path of the audio file, or the name of a resource.
+    bool isLoop = false; ///< Whether the file is repeated.
     bool isMusic = false;
     bool week0 = false; ///< Sunday
     bool week1 = false;
@@ -29,7 +29,7 @@ struct Plan
     bool operator==(const Plan &) const = default;
 };
 
-/// The weekday flags of a plan by the number of the weekday, 0 for Sunday … 6 for Saturday.
+/// The weekday flags by weekday, 0 for Sunday … 6 for Saturday.
 inline constexpr std::array<bool Plan::*, 7> planWeekdays{
     &Plan::week0, &Plan::week1, &Plan::week2, &Plan::week3, &Plan::week4, &Plan::week5, &Plan::week6};
 

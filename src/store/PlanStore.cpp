@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The flags and their columns, in the order of the table.
+// The flags and their columns, in table order.
 const std::array<std::pair<bool Plan::*, QString>, 9> flags{{{&Plan::isLoop, u"isloop"_s},
                                                              {&Plan::isMusic, u"ismusic"_s},
                                                              {&Plan::week0, u"week0"_s},
@@ -32,7 +32,7 @@ QStringList columnNames()
     return names;
 }
 
-Plan planOf(const Records::Row &row)
+Plan readPlan(const Records::Row &row)
 {
     Plan plan{.id = row.text(0),
               .title = row.text(1),
@@ -121,11 +121,11 @@ void PlanStore::togglePlaying(const Plan &plan)
 
 void PlanStore::toggleChecked(const Plan &plan)
 {
-    Records::toggleChecked(plans, QString(plan.id));
+    Records::toggleChecked(plans, plan.id);
 }
 
 void PlanStore::loadPlans()
 {
     state = Records::load(*db, u"select *\nfrom plan\norder by begin"_s, columnNames(), plans,
-                          {&Plan::isChecked, &Plan::isPlaying}, planOf);
+                          {&Plan::isChecked, &Plan::isPlaying}, readPlan);
 }

@@ -12,8 +12,8 @@ class FMDatabase;
 
 /// The timetable: all plans, in memory for the screens and the scheduler and in the table `plan`.
 ///
-/// The table is read once. Afterwards each operation writes it first and changes the list only when that
-/// succeeded. A database that cannot be read leaves the list empty.
+/// The table is read once. Afterwards each operation writes to it first and changes the list only if that
+/// succeeds. Rows read before a failure are listed.
 class PlanStore final : public ObservableObject
 {
     Q_OBJECT
@@ -22,33 +22,32 @@ class PlanStore final : public ObservableObject
 public:
     explicit PlanStore(std::shared_ptr<FMDatabase> db, QObject *parent = nullptr);
 
-    /// In ascending order of `begin`; plans of equal begin in the order in which they were added.
+    /// In ascending order of `begin`; plans with the same begin in the order in which they were added.
     Published<QList<Plan>> plans{this};
 
-    /// The editor for a new plan is shown. Belongs to the screens.
+    /// Whether the editor for a new plan is shown. Used by the screens alone.
     Published<bool> showPlanEdit{this, false};
 
-    /// Reads the table into the list: at creation, and once a second from then on while the file is locked
-    /// (see LoadRetry).
+    /// Reads the table into the list. Called by the constructor, and by LoadRetry while the file is locked.
     void loadPlans();
 
-    /// What became of the last attempt to read the table.
+    /// The result of the last attempt to read the table.
     LoadState loadState() const { return state; }
 
-    /// Stores a new plan. Returns false, with nothing changed, when the database refuses it.
+    /// Stores a new plan. Returns false, with nothing changed, if the database rejects it.
     bool addPlan(const Plan &plan);
 
-    /// Stores the fields of the plan with that id; the marks of the entry in the list stay. Returns
-    /// false, with nothing changed, when the database refuses it.
+    /// Stores the fields of the plan with that id; isChecked and isPlaying of the entry in the list are kept.
+    /// Returns false, with nothing changed, if the database rejects it.
     bool updatePlan(const Plan &plan);
 
-    /// Deletes the checked plans. One that the database refuses to delete stays, checked.
+    /// Deletes the checked plans. One that the database does not delete stays in the list, checked.
     void deleteCheckedPlans();
 
-    /// Inverts the playing mark of the plan with that id and clears every other one. Memory only.
+    /// Toggles isPlaying of the plan with that id and clears that of all others. In memory only.
     void togglePlaying(const Plan &plan);
 
-    /// Inverts the check of the plan with that id. Memory only.
+    /// Toggles isChecked of the plan with that id. In memory only.
     void toggleChecked(const Plan &plan);
 
 private:

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <optional>
 
-/// What the three stores have in common: records with an `id` and an `isChecked`, in a published list
+/// What the three stores have in common: records with an `id` and an `isChecked`, held in a published list
 /// and in a table of the same database.
 namespace Records {
 
@@ -22,7 +22,7 @@ inline QString newId()
     return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
 }
 
-/// `text` with every "'" doubled, to stand between single quotes in a statement.
+/// `text` with every "'" doubled, for use between single quotes in SQL.
 inline QString escaped(QString text)
 {
     return text.replace(u'\'', QStringLiteral("''"));
@@ -35,7 +35,7 @@ auto find(List &list, const QString &id)
     return std::find_if(list.begin(), list.end(), [&id](const auto &record) { return record.id == id; });
 }
 
-/// Sets the flags of `to` as they are in `from`.
+/// Copies the given flags from `from` to `to`.
 template<typename Record>
 void copyFlags(const Record &from, Record &to, std::initializer_list<bool Record::*> flags)
 {
@@ -43,7 +43,7 @@ void copyFlags(const Record &from, Record &to, std::initializer_list<bool Record
         to.*flag = from.*flag;
 }
 
-/// One row of a query. Its columns are counted from 0, in the order in which load() was given their names.
+/// One row of a query. Columns are counted from 0, in the order of the names given to load().
 class Row final
 {
     Q_DISABLE_COPY_MOVE(Row)
@@ -51,13 +51,13 @@ class Row final
 public:
     Row(const FMResultSet &rows, const QList<int> &indices) : rows(rows), indices(indices) {}
 
-    /// The text in a column; nothing for a NULL and for a column that does not exist.
+    /// The text in a column; empty for NULL and for a column that the table does not have.
     std::optional<QString> optionalText(qsizetype column) const
     {
         return rows.stringForColumnIndex(indices[column]);
     }
 
-    /// The same, with an empty text for nothing: no write of ours produces that.
+    /// The same, as an empty text where there is none: Belfry itself writes no such row.
     QString text(qsizetype column) const { return optionalText(column).value_or(QString()); }
 
 private:
@@ -65,9 +65,9 @@ private:
     const QList<int> &indices;
 };
 
-/// Reads every row of `query` with `read`, after opening the connection. Rows before one that cannot be read
-/// are read. Waits for a locked file, unless the last call on the connection has waited for it in vain: so
-/// the stores, which are created one after the other, wait once.
+/// Opens the connection and calls `read` with every row of `query`, up to the first that cannot be read.
+/// Waits for a locked file, unless the last call on the connection has timed out waiting for it: so the
+/// stores, which are created one after the other, wait once in all.
 template<typename Read>
 LoadState readRows(FMDatabase &db, const QString &query, const QStringList &columns, Read &&read)
 {
@@ -89,8 +89,8 @@ LoadState readRows(FMDatabase &db, const QString &query, const QStringList &colu
     return db.lastErrorIsBusy() ? LoadState::Locked : LoadState::Failed;
 }
 
-/// Fills the list with the rows of `query`, each of which `read` makes a record. When the list has entries
-/// already (see LoadRetry), a failure leaves them, and they keep their `memoryOnlyFlags`.
+/// Fills the list with the rows of `query`, each converted by `read`. If entries were added before the table
+/// could be read (see LoadRetry), they keep their `memoryOnlyFlags`, and a failure leaves the list as it was.
 template<typename Record>
 LoadState load(FMDatabase &db, const QString &query, const QStringList &columns,
                Published<QList<Record>> &list, std::initializer_list<bool Record::*> memoryOnlyFlags,
@@ -109,7 +109,7 @@ LoadState load(FMDatabase &db, const QString &query, const QStringList &columns,
     return state;
 }
 
-/// Puts the records into ascending order of `begin`; those of equal begin keep their order.
+/// Sorts by `begin`, ascending and stable.
 template<typename Record>
 void sortByBegin(QList<Record> &records)
 {
@@ -117,8 +117,8 @@ void sortByBegin(QList<Record> &records)
                      [](const Record &a, const Record &b) { return a.begin < b.begin; });
 }
 
-/// Runs the statement that stores a new record, then adds it to the list. Returns false, with the list as it
-/// was, when the database refuses it.
+/// Runs the statement that inserts a record, then adds it to the list. Returns false, with the list as it
+/// was, if the database rejects it.
 template<typename Record>
 bool add(FMDatabase &db, const QString &statement, Published<QList<Record>> &list, const Record &record)
 {
@@ -131,9 +131,8 @@ bool add(FMDatabase &db, const QString &statement, Published<QList<Record>> &lis
     return true;
 }
 
-/// Runs the statement that stores the fields of a record, then sets those of the entry with its id, if there
-/// is one, but for its `memoryOnlyFlags`. Returns false, with the list as it was, when the
-/// database refuses it.
+/// Runs the statement that updates a record, then replaces the entry with its id, if there is one, except for
+/// its `memoryOnlyFlags`. Returns false, with the list as it was, if the database rejects it.
 template<typename Record>
 bool update(FMDatabase &db, const QString &statement, Published<QList<Record>> &list, Record record,
             std::initializer_list<bool Record::*> memoryOnlyFlags)
@@ -150,7 +149,7 @@ bool update(FMDatabase &db, const QString &statement, Published<QList<Record>> &
     return true;
 }
 
-/// Inverts the check of the record with that id, if there is one.
+/// Toggles isChecked of the record with that id, if there is one.
 template<typename Record>
 void toggleChecked(Published<QList<Record>> &list, const QString &id)
 {
@@ -160,8 +159,8 @@ void toggleChecked(Published<QList<Record>> &list, const QString &id)
     });
 }
 
-/// Deletes the checked records from `table` and, one by one as that succeeds, from the list. Once the wait
-/// for a locked file was in vain, the other records do not wait for it.
+/// Deletes the checked records from `table`, and each that is deleted there from the list. After one timeout
+/// for a locked file the remaining records do not wait for it.
 template<typename Record>
 void deleteChecked(FMDatabase &db, const QString &table, Published<QList<Record>> &list)
 {

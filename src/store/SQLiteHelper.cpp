@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The environment's XDG_DOCUMENTS_DIR goes before the user's user-dirs.dirs, which Qt reads.
+// The environment variable XDG_DOCUMENTS_DIR takes precedence over the user's user-dirs.dirs, which Qt reads.
 QString userDocuments()
 {
     const QString given = qEnvironmentVariable("XDG_DOCUMENTS_DIR");
@@ -64,7 +64,7 @@ bool SQLiteHelper::installTemplate(const QString &path) const
         Log::print(u"创建Document下的软件目录出错："_s + QString::fromStdString(error.message()));
     const auto bundleDbPath = resources.path(u"data"_s, u"db"_s);
     if (!bundleDbPath) {
-        Log::write(u"The template database data.db is missing among the program's resources."_s);
+        Log::write(u"Template database data.db not found among the program's resources"_s);
         return false;
     }
     Log::print(u"bundleDbPath = "_s + *bundleDbPath);
@@ -73,7 +73,7 @@ bool SQLiteHelper::installTemplate(const QString &path) const
         Log::print(bundleDb.errorString());
         return true;
     }
-    // Whole or not at all, and where a link at `path` points to.
+    // Writes the whole file or nothing, and through a symbolic link at `path`.
     QSaveFile copy(path);
     if (!copy.open(QIODevice::WriteOnly) || copy.write(bundleDb.readAll()) < 0 || !copy.commit())
         Log::print(copy.errorString());

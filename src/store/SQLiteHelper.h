@@ -9,8 +9,8 @@
 
 class FMDatabase;
 
-/// Knows where `data.db` lies, puts a copy of the template there when it is missing, and holds the one
-/// connection to it.
+/// Locates `data.db`, installs a copy of the template database if it is missing, and holds the one connection
+/// to it.
 class SQLiteHelper final
 {
     Q_DISABLE_COPY_MOVE(SQLiteHelper)
@@ -18,20 +18,20 @@ class SQLiteHelper final
 public:
     SQLiteHelper(QString documentsPath, Resources resources);
 
-    /// That of the running program: the user's documents folder, the program's own resources.
+    /// The instance for the user's documents folder and the program's own resources.
     static SQLiteHelper &shared();
 
     const QString dbName;
 
-    /// The path of the database file: `dbName` in the documents folder. The first call makes that folder
-    /// and copies the template when no file exists at the path, and says so on standard output; a failure
-    /// costs a line there.
+    /// The path of the database file: `dbName` in the documents folder. If nothing exists there, the first
+    /// call creates the folder and copies the template, and prints what it does and any failure on standard
+    /// output.
     ///
-    /// Empty, with a line in the log, when there is no file and the template is missing: the program is not
-    /// installed completely and must end, because SQLite would create an empty file that stays.
+    /// Empty, with a line in the log, if both the file and the template are missing: the installation is
+    /// incomplete and the program must end, because SQLite would create an empty file that stays.
     QString dbURL();
 
-    /// The connection, not opened yet at the first call.
+    /// The connection; the first call creates it closed.
     std::shared_ptr<FMDatabase> db();
 
 private:
