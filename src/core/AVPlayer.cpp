@@ -24,5 +24,5 @@ void AVPlayer::play(const QString &path, bool isLoop)
     next->play();
 }
 
-// The scheduler notices the end of a playback by itself.
+// The scheduler polls for the end of a playback.
 void AVPlayer::audioPlayerDidFinishPlaying(AVAudioPlayer & /*player*/, bool /*successfully*/) {}

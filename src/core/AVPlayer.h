@@ -6,21 +6,23 @@
 
 #include <memory>
 
-/// The one audio player of the system: loads a file, starts it once or repeated, and publishes the
-/// position and length for the screens.
+/// The one audio player of the program: loads an audio file, plays it once or repeatedly, and publishes
+/// position and duration for the screens.
 ///
 /// It only loads and starts. Its callers stop and rewind the platform player that it publishes, and the
-/// scheduler writes the readouts while something plays; they keep their last values afterwards.
+/// scheduler updates position and duration during playback; afterwards they keep their last values.
 class AVPlayer final : public ObservableObject, private AVAudioPlayerDelegate
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(AVPlayer)
 
 public:
-    /// `factory` makes the platform players; `resources` is where a name that is no path is looked up.
+    /// `factory` makes the platform players and must outlive this; `resources` is searched for what is no
+    /// path.
     AVPlayer(AVAudioPlayerFactory &factory, Resources resources, QObject *parent = nullptr);
 
-    /// The platform player of the last play() that succeeded, kept after its playback has ended.
+    /// The platform player of the last successful play(), kept after its playback ends; null before the
+    /// first.
     Published<std::shared_ptr<AVAudioPlayer>> player{this};
 
     Published<double> current{this, 0.0};  ///< Position in seconds.
@@ -28,9 +30,9 @@ public:
     Published<QString> currentTime{this, QStringLiteral("00:00")};
     Published<QString> durationTime{this, QStringLiteral("00:00")};
 
-    /// Plays the file at `path`, or else the resource of that name, once or (`isLoop`) 101 times. What
-    /// played before ends. A file that cannot be played costs a line on standard output that says why,
-    /// and nothing else: what played before plays on.
+    /// Plays the file at `path`, or else the resource of that name: once, or 101 times if `isLoop`. The
+    /// previous playback ends. If the file cannot be opened, the reason is printed on standard output and
+    /// the previous playback goes on.
     void play(const QString &path, bool isLoop);
 
 private:

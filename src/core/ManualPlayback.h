@@ -5,12 +5,12 @@ class HistoryStore;
 class PlanStore;
 struct Plan;
 
-/// What happens when the user, and not the timetable, starts or stops a plan.
+/// Playback started or stopped by the user, not by the timetable.
 namespace ManualPlayback {
 
-/// Stops `plan` when it is playing as it stands, else starts it in place of whatever plays. Unlike the
-/// scheduler it plays first and finishes the log's current entry before it adds one, and it does not
-/// rewind what it stops.
+/// Stops playback if `plan.isPlaying`, else plays `plan` instead of whatever is playing. Unlike the
+/// scheduler, it plays first, finishes the current history entry before adding one, and does not rewind what
+/// it stops.
 void toggle(const Plan &plan, PlanStore &planStore, HistoryStore &historyStore, AVPlayer &avPlayer);
 
 } // namespace ManualPlayback

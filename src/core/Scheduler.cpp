@@ -15,21 +15,10 @@ namespace {
 
 constexpr QStringView fullMinute = u":00";
 
-// Whether the time of day `time` ("HH:mm") followed by ":00" is `now`, without making that text.
+// Whether `now` ("HH:mm:ss") is the first second of `time` ("HH:mm"). Allocates nothing: runs for every plan.
 bool isAt(const QString &time, const QString &now)
 {
     return now.endsWith(fullMinute) && QStringView(now).chopped(fullMinute.size()) == time;
-}
-
-// The numbers of the weekdays on which a plan starts: "135" for Monday, Wednesday and Friday.
-QString weekdayText(const Plan &plan)
-{
-    QString text;
-    for (size_t day = 0; day < planWeekdays.size(); ++day) {
-        if (plan.*planWeekdays[day])
-            text += QString::number(day);
-    }
-    return text;
 }
 
 } // namespace
@@ -48,12 +37,12 @@ void Scheduler::tick()
 {
     readClock();
     if (isPlaying())
-        readPlayer();
+        updatePosition();
     else
-        endPlayback();
+        clearFinishedPlayback();
     if (isHoliday())
         return;
-    // A plan begins and ends on full minutes only: in every other second none can match.
+    // Plans begin and end on full minutes.
     if (!nowTime->endsWith(fullMinute))
         return;
     const qsizetype count = planStore.plans->size();
@@ -74,7 +63,7 @@ bool Scheduler::isHoliday() const
                        });
 }
 
-// The clock is read for each text: a tick at midnight may have the date of the day before.
+// Date and time are two readings of the clock: in a tick at midnight they may belong to different days.
 void Scheduler::readClock()
 {
     nowDate = TimeText::formatDate(clock.now(), TimeText::datePattern);
@@ -84,7 +73,7 @@ void Scheduler::readClock()
     nowWeek = QString::number(TimeText::currentWeekday(clock));
 }
 
-void Scheduler::readPlayer()
+void Scheduler::updatePosition()
 {
     const AVAudioPlayer &player = *avPlayer.player.value();
     avPlayer.current = player.currentTime();
@@ -93,29 +82,29 @@ void Scheduler::readPlayer()
     avPlayer.durationTime = TimeText::formatDuration(avPlayer.duration);
 }
 
-void Scheduler::endPlayback()
+void Scheduler::clearFinishedPlayback()
 {
     const QList<Plan> &plans = planStore.plans;
-    const auto marked =
+    const auto playing =
         std::find_if(plans.cbegin(), plans.cend(), [](const Plan &plan) { return plan.isPlaying; });
-    if (marked == plans.cend())
+    if (playing == plans.cend())
         return;
     planStore.plans.modify(
-        [index = marked - plans.cbegin()](QList<Plan> &list) { list[index].isPlaying = false; });
+        [index = playing - plans.cbegin()](QList<Plan> &list) { list[index].isPlaying = false; });
     historyStore.finishHistory();
 }
 
 void Scheduler::checkPlan(qsizetype index)
 {
     const Plan &plan = planStore.plans->at(index);
-    const bool begins = isAt(plan.begin, nowTime) && weekdayText(plan).contains(nowWeek.value());
+    const bool begins = isAt(plan.begin, nowTime) && plan.*planWeekdays[nowWeek->toUInt()];
     if (isAt(plan.end, nowTime))
         stopPlan(index);
     if (begins)
         startPlan(index);
 }
 
-// Whatever plays is stopped, even if it belongs to another plan.
+// Stops whatever is playing, even if it belongs to another plan.
 void Scheduler::stopPlan(qsizetype index)
 {
     planStore.plans.modify([index](QList<Plan> &list) { list[index].isPlaying = false; });

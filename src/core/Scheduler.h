@@ -10,11 +10,10 @@ class HistoryStore;
 class HolidayStore;
 class PlanStore;
 
-/// The scheduler: what happens once in every second.
+/// Starts and stops plans by the timetable, in a tick that is called once a second.
 ///
-/// It keeps nothing between ticks but the clock's three texts and the second of the last tick. A begin second
-/// that no tick sees is not caught up. Costs next to nothing in all seconds but the first of a minute, when
-/// it looks at every plan.
+/// It keeps nothing between ticks but the three texts of the clock and the second of the last tick. A begin
+/// second without a tick is not caught up. Plans are checked in the first second of a minute only.
 class Scheduler final : public ObservableObject
 {
     Q_OBJECT
@@ -28,19 +27,19 @@ public:
     Published<QString> nowTime{this}; ///< "HH:mm:ss"
     Published<QString> nowWeek{this}; ///< "0" for Sunday … "6" for Saturday
 
-    /// The second since 1970 whose text is `nowTime`; nothing before the first tick.
+    /// `nowTime` in seconds since 1970; empty before the first tick.
     std::optional<qint64> tickedSecond() const { return ticked; }
 
-    /// Refreshes the clock texts and the player's readouts, notices the end of a playback and, unless
-    /// today is a holiday, stops what ends and starts what begins in this very second.
+    /// Updates the clock texts and the player's position, detects the end of a playback and, unless today is
+    /// a holiday, stops and starts the plans that end and begin in this second.
     void tick();
 
 private:
     bool isPlaying() const;
     bool isHoliday() const;
     void readClock();
-    void readPlayer();
-    void endPlayback();
+    void updatePosition();
+    void clearFinishedPlayback();
     void checkPlan(qsizetype index);
     void stopPlan(qsizetype index);
     void startPlan(qsizetype index);

@@ -17,7 +17,7 @@ TickTimer::TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent)
 
 std::chrono::milliseconds TickTimer::untilNextTick() const
 {
-    // A tick that a locked database held up may have ended in a later second.
+    // A tick that waited for a locked database may have ended in a later second.
     if (scheduler.tickedSecond() && !hasTickedThisSecond())
         return 0ms;
     return 1s - std::chrono::milliseconds(clock.now().time().msec());
@@ -35,7 +35,7 @@ void TickTimer::fire()
     timer.start(untilNextTick());
 }
 
-// Not by the scheduler's texts: of a tick at midnight they need not be of one day.
+// Compares seconds, not the scheduler's texts: in a tick at midnight those may belong to different days.
 bool TickTimer::hasTickedThisSecond() const
 {
     return scheduler.tickedSecond() == clock.now().toSecsSinceEpoch();

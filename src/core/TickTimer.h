@@ -7,13 +7,12 @@
 class Clock;
 class Scheduler;
 
-/// Runs the scheduler's tick exactly once in every second of the wall clock, just after it begins.
+/// Calls the scheduler's tick exactly once in every second of the wall clock, just after it begins.
 ///
-/// A repeating timer of one second would drift through the second and, when its phase comes to lie near
-/// the end of one, skip seconds under load. This one fires once and is re-armed for the next second each
-/// time. So it is back in step within a second after the machine slept or its clock was set; a second
-/// in which it fires again, because the clock was set back by less than a second, is not ticked twice.
-/// Seconds that nobody saw (a stalled machine, a clock set forward) are not caught up.
+/// A repeating timer would drift and, once its phase is near the end of a second, skip seconds under load.
+/// This one is a single shot that is re-armed for the next second each time, so it is aligned again within a
+/// second after the machine slept or the clock was set. If the clock is set back by less than a second, that
+/// second is not ticked twice. Missed seconds (a stalled machine, a clock set forward) are not caught up.
 class TickTimer final : public QObject
 {
     Q_OBJECT
@@ -22,14 +21,14 @@ class TickTimer final : public QObject
 public:
     TickTimer(const Clock &clock, Scheduler &scheduler, QObject *parent = nullptr);
 
-    /// How long it is until a tick is due: until the next second of the wall clock has begun, 1 … 1000 ms, or
-    /// no time at all when the present one has begun unticked.
+    /// The time until the next tick is due: 1 … 1000 ms, until the next second of the wall clock begins, or 0
+    /// if the current one has not been ticked.
     std::chrono::milliseconds untilNextTick() const;
 
-    /// Begins to fire; the first tick comes with the next second.
+    /// Starts the timer; the first tick comes with the next second.
     void start();
 
-    /// What each event of the timer does: ticks, unless this second has been ticked, and re-arms the timer.
+    /// Handles a timeout: ticks, unless this second has been ticked, and re-arms the timer.
     void fire();
 
 private:

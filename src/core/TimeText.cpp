@@ -18,7 +18,7 @@ QDateTime TimeText::toDate(const QString &text, QStringView pattern, const Clock
     QDateTime moment = QDateTime::fromString(text, pattern.toString());
     if (moment.isValid())
         return moment;
-    // Where summer time begins at midnight, this is what finds the day of a holiday.
+    // Where daylight saving begins at midnight, a holiday's first day has no 00:00.
     const QDateTime afterGap(moment.date(), moment.time().addSecs(3600));
     return afterGap.isValid() ? afterGap : clock.now();
 }
