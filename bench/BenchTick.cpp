@@ -26,6 +26,15 @@ private:
     QDateTime moment;
 };
 
+class NoPlayers final : public AVAudioPlayerFactory
+{
+public:
+    std::unique_ptr<AVAudioPlayer> makePlayer(const QString & /*path*/, QString & /*error*/) override
+    {
+        return nullptr;
+    }
+};
+
 // Plans through all minutes of the day but the one in which the clock stands.
 QList<Plan> timetable(qsizetype size)
 {
@@ -49,7 +58,8 @@ void tick(benchmark::State &state, int second)
     PlanStore plans(db);
     HolidayStore holidays(db);
     HistoryStore history(db, clock);
-    AVPlayer player([](const QString &, QString &) { return nullptr; }, Resources(QString()));
+    NoPlayers factory;
+    AVPlayer player(factory, Resources(QString()));
     Scheduler scheduler(clock, plans, holidays, history, player);
     plans.plans = timetable(state.range(0));
     for (auto _ : state)
