@@ -11,18 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr QStringView fullMinute = u":00";
-
-// Whether `now` ("HH:mm:ss") is the first second of `time` ("HH:mm"). Allocates nothing: runs for every plan.
-bool isAt(const QString &time, const QString &now)
-{
-    return now.endsWith(fullMinute) && QStringView(now).chopped(fullMinute.size()) == time;
-}
-
-} // namespace
-
 Scheduler::Scheduler(const Clock &clock, PlanStore &planStore, const HolidayStore &holidayStore,
                      HistoryStore &historyStore, AVPlayer &avPlayer, QObject *parent)
     : ObservableObject(parent)
@@ -43,7 +31,7 @@ void Scheduler::tick()
     if (isHoliday())
         return;
     // Plans begin and end on full minutes.
-    if (!nowTime->endsWith(fullMinute))
+    if (!nowTime->endsWith(u":00"))
         return;
     const qsizetype count = planStore.plans->size();
     for (qsizetype index = 0; index < count; ++index)
@@ -97,8 +85,9 @@ void Scheduler::clearFinishedPlayback()
 void Scheduler::checkPlan(qsizetype index)
 {
     const Plan &plan = planStore.plans->at(index);
-    const bool begins = isAt(plan.begin, nowTime) && plan.*planWeekdays[nowWeek->toUInt()];
-    if (isAt(plan.end, nowTime))
+    const QStringView minute = QStringView(nowTime.value()).chopped(3);
+    const bool begins = plan.begin == minute && plan.*planWeekdays[nowWeek->toUInt()];
+    if (plan.end == minute)
         stopPlan(index);
     if (begins)
         startPlan(index);
