@@ -27,5 +27,5 @@ private:
     PlanStore &planStore;
     HolidayStore &holidayStore;
     HistoryStore &historyStore;
-    QTimer timer;
+    QTimer timer{this};
 };
