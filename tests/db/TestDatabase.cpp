@@ -156,11 +156,12 @@ private Q_SLOTS:
 
     void resultSet_keepsItsConnectionUntilEitherCloses()
     {
-        const std::weak_ptr<FMDatabase> connection = db;
+        const std::weak_ptr<FMDatabase> watch = db;
+        FMDatabase *const connection = db.get();
         const auto rows = db->executeQuery(u"values (1), (2)"_s, {});
         db = nullptr;
-        QVERIFY(rows->next() && connection.lock().get()->close());
-        QVERIFY(connection.expired() && !rows->next());
+        QVERIFY(rows->next() && connection->close());
+        QVERIFY(watch.expired() && !rows->next());
     }
 
     void script_stopsAtTheFirstFailureOrWhereTheBlockSays()
