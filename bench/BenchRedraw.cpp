@@ -1,5 +1,7 @@
 // What the page of plans costs as the timetable grows: to draw it, and to answer a change of one plan.
 
+#include "NoPlayers.h"
+
 #include "app/AppStore.h"
 #include "core/AVPlayer.h"
 #include "db/FMDatabase.h"
@@ -42,7 +44,8 @@ struct Page
     PlanStore plans{db};
     HolidayStore holidays{db};
     HistoryStore history{db, clock};
-    AVPlayer player{[](const QString &, QString &) { return nullptr; }, resources};
+    NoPlayers factory;
+    AVPlayer player{factory, resources};
     PlanView view{{app, plans, holidays, history, player, clock, resources}};
 };
 

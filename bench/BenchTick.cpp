@@ -1,6 +1,8 @@
 // What one tick costs as the timetable grows: in a full minute, when it looks at every plan, and in any
 // other second.
 
+#include "NoPlayers.h"
+
 #include "core/AVPlayer.h"
 #include "core/Scheduler.h"
 #include "db/FMDatabase.h"
@@ -24,15 +26,6 @@ public:
 
 private:
     QDateTime moment;
-};
-
-class NoPlayers final : public AVAudioPlayerFactory
-{
-public:
-    std::unique_ptr<AVAudioPlayer> makePlayer(const QString & /*path*/, QString & /*error*/) override
-    {
-        return nullptr;
-    }
 };
 
 // Plans through all minutes of the day but the one in which the clock stands.
