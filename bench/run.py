@@ -84,10 +84,12 @@ def onset_with(kind, build, options):
                     "bare libpulse": [build / "SoundFloor", "10"],
                     "a loop and mpv": shell_loop(f"mpv --no-terminal --no-video --ao=pulse {bell}", 20),
                     "a loop and ffplay": shell_loop(f"ffplay -loglevel quiet -nodisp -autoexit {bell}", 40)}
-        players = [subprocess.Popen(command, start_new_session=True, env={
-            **homes.get(name, home), "QT_QPA_PLATFORM": "offscreen", "PULSE_SERVER": server.address, "PULSE_SINK": sink(name),
-            "SDL_AUDIODRIVER": "pulseaudio"}) for name, command in commands.items()]
+        players = []
         try:
+            for name, command in commands.items():
+                players.append(subprocess.Popen(command, start_new_session=True, env={
+                    **homes.get(name, home), "QT_QPA_PLATFORM": "offscreen", "PULSE_SERVER": server.address,
+                    "PULSE_SINK": sink(name), "SDL_AUDIODRIVER": "pulseaudio"}))
             time.sleep(60 - time.time() % 60 + 60 * options.rings - 10)
         finally:
             for player in players:
