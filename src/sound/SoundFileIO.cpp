@@ -126,12 +126,10 @@ int SoundFileIO::read(void *self, quint8 *buffer, int count)
 int64_t SoundFileIO::seek(void *self, int64_t offset, int whence)
 {
     auto *io = static_cast<SoundFileIO *>(self);
-    const qint64 length = io->size - io->hidden.length;
     if (whence & AVSEEK_SIZE)
-        return length;
-    const int base = whence & ~AVSEEK_FORCE;
-    const qint64 target = offset + (base == SEEK_CUR ? io->position : base == SEEK_END ? length : 0);
-    if (target < 0)
+        return io->size - io->hidden.length;
+    // FFmpeg's own layer has already resolved every other kind.
+    if (whence != SEEK_SET || offset < 0)
         return AVERROR(EINVAL);
-    return io->position = target;
+    return io->position = offset;
 }

@@ -30,7 +30,7 @@ void SoundServer::Free::operator()(pa_context *pulseContext) const
     pa_context_unref(pulseContext);
 }
 
-SoundServer::SoundServer(QByteArray address) : address(std::move(address))
+SoundServer::SoundServer()
 {
     loop.setTimersPostponed([this] { return mayBeResolving(); });
     checkTimer.setInterval(checkInterval);
@@ -108,8 +108,7 @@ void SoundServer::connectToServer()
         context.get(), [](pa_context *, void *self) { static_cast<SoundServer *>(self)->contextChanged(); },
         this);
     // Starting a server would block, and is up to the user's session.
-    const char *server = address.isEmpty() ? nullptr : address.constData();
-    if (pa_context_connect(context.get(), server, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
+    if (pa_context_connect(context.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
         fail();
 }
 

@@ -2,7 +2,6 @@
 
 #include "sound/PulseMainLoop.h"
 
-#include <QByteArray>
 #include <QObject>
 #include <QTimer>
 
@@ -22,8 +21,7 @@ class SoundServer final : public QObject
     Q_DISABLE_COPY_MOVE(SoundServer)
 
 public:
-    /// `address` is that of the server in the notation of PULSE_SERVER; empty for the user's own.
-    explicit SoundServer(QByteArray address = {});
+    SoundServer();
     ~SoundServer() override;
 
     /// The connection, ready for use, or null.
@@ -65,7 +63,6 @@ private:
     void checkConnection();
     void ping();
 
-    QByteArray address;
     PulseMainLoop loop;
     std::unique_ptr<pa_context, Free> context;
     int contextNumber = 0;

@@ -199,7 +199,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(SoundFiles::make(sound, SoundFiles::tone(u"660"_s, 20)));
+        QVERIFY(SoundFiles::make({{sound, SoundFiles::tone(u"660"_s, 20)}}));
         QVERIFY(server.start());
     }
 
