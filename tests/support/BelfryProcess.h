@@ -11,8 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-/// The installed program, as a user has it: a home of its own, a sound server, a wall clock, and a hand that
-/// works it (see Hand.cpp). It can be ended and started again.
+/// The installed program with a home of its own, a sound server, a wall clock, and a plugin that clicks and
+/// types in it (see UiDriver.cpp). It can be ended and started again.
 class BelfryProcess final
 {
     Q_DISABLE_COPY_MOVE(BelfryProcess)
@@ -62,7 +62,7 @@ public:
         for (const char *bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
             environment.insert(QString::fromLatin1(bus), QStringLiteral("disabled:"));
         environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(soundServer));
-        environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("hand"));
+        environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("uidriver"));
         environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(BELFRY_TEST_PLUGINS));
         return environment;
     }
@@ -72,7 +72,7 @@ public:
     {
         auto withClock = environment();
         clock.addTo(withClock);
-        // What is to be loaded into the program is no business of the wrapper's.
+        // What is preloaded into the program must not be loaded into the wrapper.
         const QString preload = QStringLiteral("LD_PRELOAD");
         const QString libraries = withClock.value(preload);
         withClock.remove(preload);
@@ -80,7 +80,7 @@ public:
         QStringList command = wrapper + QStringList{QStringLiteral("env"), preload + u'=' + libraries,
                                                     QStringLiteral(BELFRY_INSTALLED "/bin/belfry")};
         const QString program = command.takeFirst();
-        obeyed.clear();
+        executed.clear();
         seconds.clear();
         process.start(program, command);
         return process.waitForStarted();
@@ -92,7 +92,7 @@ public:
         const qint64 id = process.processId();
         process.kill();
         const bool isOver = process.waitForFinished();
-        // libfaketime had no time to tidy up.
+        // libfaketime could not clean up.
         for (const auto &file : {QStringLiteral("faketime_shm_%1"), QStringLiteral("sem.faketime_sem_%1")})
             QFile::remove(QStringLiteral("/dev/shm/") + file.arg(id));
         return isOver;
@@ -104,15 +104,14 @@ public:
         return QTest::qWaitFor([&] { return clock.now() >= moment; }, 30000);
     }
 
-    /// Gives the hand lines to obey, their words parted by "|".
+    /// Has UiDriver execute lines, their words separated by "|".
     void tell(const QStringList &lines)
     {
         for (QString line : lines)
             process.write(line.replace(u'|', u'\t').toUtf8() + '\n');
     }
 
-    /// Gives the hand lines to obey and waits until it has. False when it has not after half a minute, or the
-    /// program has ended.
+    /// Has UiDriver execute lines and waits for it. False after half a minute, or when the program has ended.
     bool work(const QStringList &lines)
     {
         const qsizetype all = answers().size() + lines.size();
@@ -121,7 +120,7 @@ public:
         return QTest::qWaitFor(isOver, 30000) && answers().size() == all;
     }
 
-    /// Closes the window and waits until the program has ended; true when it has in good order.
+    /// Closes the window and waits until the program has ended; true when it has ended cleanly.
     bool quit()
     {
         return work({QStringLiteral("quit")}) &&
@@ -129,8 +128,8 @@ public:
                process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     }
 
-    /// What the hand has obeyed since the start.
-    const QStringList &answers() const { return obeyed; }
+    /// The lines that UiDriver has executed since the start.
+    const QStringList &answers() const { return executed; }
 
     /// The seconds that the window's clock has shown since the start, as "HH:mm:ss".
     const QStringList &ticks() const { return seconds; }
@@ -154,14 +153,14 @@ private:
             if (line.startsWith(tick))
                 seconds += line.sliced(tick.size()).trimmed();
             else if (line.startsWith(answer))
-                obeyed += line.sliced(answer.size()).trimmed();
+                executed += line.sliced(answer.size()).trimmed();
             else
                 printed += line;
         }
     }
 
     QByteArray soundServer;
-    QStringList obeyed;
+    QStringList executed;
     QStringList seconds;
     QString printed;
 };

@@ -1,13 +1,13 @@
-// A plugin for the program under test that works it as a person with mouse and keyboard would, told to by
-// lines on standard input. QT_QPA_GENERIC_PLUGINS names it; the program is not changed for it.
+// A plugin for the program under test that clicks and types as a user would, controlled by lines on standard
+// input. QT_QPA_GENERIC_PLUGINS loads it; the program needs no change.
 //
-// The words of a line are parted by tabs. A control is called by its accessible name and sought in the sheet
-// that is open, or else in the window; a control of a card takes the card's title as the last word.
+// The words of a line are separated by tabs. A control is named by its accessible name and looked up in the
+// sheet that is open, or else in the window; a control of a card takes the card's title as the last word.
 //
 //     click NAME [TITLE]     type NAME TEXT     read NAME     closed     quit
 //
-// "closed" waits for the sheet to close, as every line waits until what it names is there. A line that has
-// been obeyed comes back on standard output behind "> ", followed by the text that was read. So does "> tick
+// "closed" waits for the sheet to close; every line waits until what it names is there. A line that has been
+// executed is printed on standard output after "> ", followed by the text that was read. So is "> tick
 // HH:mm:ss" whenever the window's clock shows a new second.
 
 #include "support/Controls.h"
@@ -40,7 +40,7 @@ QWidget *window()
 }
 
 // Where to look for a control: in the card of that title, or in the whole window if `title` is empty.
-QWidget *place(const QString &title)
+QWidget *rootWidget(const QString &title)
 {
     QWidget *whole = window();
     if (!whole || title.isEmpty())
@@ -53,71 +53,71 @@ QWidget *place(const QString &title)
     return nullptr;
 }
 
-void say(const QString &line)
+void print(const QString &line)
 {
     const QByteArray bytes = "> " + line.toUtf8() + '\n';
     if (::write(STDOUT_FILENO, bytes.constData(), size_t(bytes.size())) != bytes.size())
-        qFatal("nobody listens to the hand");
+        qFatal("standard output is closed");
 }
 
 } // namespace
 
-class Hand final : public QObject
+class UiDriver final : public QObject
 {
     Q_OBJECT
 
 public:
-    Hand()
+    UiDriver()
     {
         qApp->installEventFilter(this);
-        connect(&input, &QSocketNotifier::activated, this, &Hand::listen);
+        connect(&input, &QSocketNotifier::activated, this, &UiDriver::readInput);
         pause.setSingleShot(true);
-        connect(&pause, &QTimer::timeout, this, &Hand::act);
+        connect(&pause, &QTimer::timeout, this, &UiDriver::executeNext);
     }
 
     bool eventFilter(QObject *object, QEvent *event) override
     {
         static const QRegularExpression clockText(u"^\\d\\d:\\d\\d:\\d\\d$"_s);
         const auto *label = event->type() == QEvent::Paint ? qobject_cast<QLabel *>(object) : nullptr;
-        if (label && label->text() != shown && clockText.match(label->text()).hasMatch()) {
-            shown = label->text();
-            say(u"tick "_s + shown);
+        if (label && label->text() != shownTime && clockText.match(label->text()).hasMatch()) {
+            shownTime = label->text();
+            print(u"tick "_s + shownTime);
         }
         return false;
     }
 
 private:
-    void listen()
+    void readInput()
     {
         char bytes[4096];
         const auto count = ::read(STDIN_FILENO, bytes, sizeof bytes);
         if (count <= 0)
             return input.setEnabled(false);
-        heard.append(bytes, count);
+        buffer.append(bytes, count);
         pause.start(0);
     }
 
-    // One line a turn of the event loop.
-    void act()
+    // One line per event loop iteration.
+    void executeNext()
     {
-        const qsizetype end = heard.indexOf('\n');
+        const qsizetype end = buffer.indexOf('\n');
         if (end < 0)
             return;
-        const QString line = QString::fromUtf8(heard.first(end));
-        if (const auto answer = obey(line.split(u'\t'))) {
-            heard.remove(0, end + 1);
-            say(line + *answer);
+        const QString line = QString::fromUtf8(buffer.first(end));
+        if (const auto answer = execute(line.split(u'\t'))) {
+            buffer.remove(0, end + 1);
+            print(line + *answer);
             return pause.start(0);
         }
         pause.start(10);
     }
 
-    // What is to be said behind the line; nothing while it cannot be obeyed.
-    static std::optional<QString> obey(const QStringList &words)
+    // What to print after the line; nothing while it cannot be executed.
+    static std::optional<QString> execute(const QStringList &words)
     {
         const QString &verb = words[0];
         const QString name = words.value(1);
-        QWidget *root = place(verb == "click"_L1 ? words.value(2) : QString());
+        QWidget *root = rootWidget(verb == "click"_L1 ? words.value(2) : QString());
         if (!root)
             return {};
         bool isDone = false;
@@ -136,17 +136,17 @@ private:
 
     QSocketNotifier input{STDIN_FILENO, QSocketNotifier::Read};
     QTimer pause;
-    QByteArray heard;
-    QString shown;
+    QByteArray buffer;
+    QString shownTime;
 };
 
-class HandPlugin final : public QGenericPlugin
+class UiDriverPlugin final : public QGenericPlugin
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "Hand.json")
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "UiDriver.json")
 
 public:
-    QObject *create(const QString &, const QString &) override { return new Hand; }
+    QObject *create(const QString &, const QString &) override { return new UiDriver; }
 };
 
-#include "Hand.moc"
+#include "UiDriver.moc"
