@@ -228,7 +228,7 @@ private Q_SLOTS:
     {
         const auto player = playing("long");
         QVERIFY(waitUntilHeard());
-        const QByteArray sink = server.control(u"load-module module-null-sink sink_name=other"_s);
+        const QByteArray sink = server.addSink(u"other"_s);
         const QByteArray stream = server.control(u"list short sink-inputs"_s).split('\t').front();
         server.control(u"move-sink-input %1 other"_s.arg(QString::fromLatin1(stream)));
         QTest::qWait(500);

@@ -56,15 +56,23 @@ public:
                 if (daemons[size_t(i)].state() == QProcess::NotRunning)
                     run(daemons[size_t(i)], commands[i]);
             }
-            // Without `norewinds` an idle sink of PulseAudio plays in blocks of two seconds.
-            return !control(QStringLiteral("load-module module-null-sink sink_name=ear rate=48000 norewinds=1"))
-                        .isEmpty();
+            return !addSink(QStringLiteral("ear")).isEmpty();
         };
+        return QTest::qWaitFor(hasSink, 20000) && record();
+    }
+
+    /// Adds a sink that is ready to play, and returns the number of its module; nothing when that fails.
+    QByteArray addSink(const QString &name) const
+    {
+        // Without `norewinds` an idle sink of PulseAudio plays in blocks of two seconds.
+        const QByteArray module = control(
+            QStringLiteral("load-module module-null-sink sink_name=%1 rate=48000 norewinds=1").arg(name));
         // A stream that is there before PipeWire's sink has its ports may stay silent.
-        const auto hasPorts = [this] {
-            return !isPipeWire || output(QStringLiteral("pw-link --input")).contains("ear:playback_FL");
+        const auto hasPorts = [&] {
+            return !isPipeWire ||
+                   output(QStringLiteral("pw-link --input")).contains(name.toUtf8() + ":playback_FL");
         };
-        return QTest::qWaitFor(hasSink, 10000) && QTest::qWaitFor(hasPorts, 10000) && record();
+        return !module.isEmpty() && QTest::qWaitFor(hasPorts, 10000) ? module : QByteArray();
     }
 
     /// Ends the server and the recorder, as a crash would.
@@ -181,7 +189,8 @@ private:
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     const QStringList commands =
         isPipeWire
-            ? QStringList{QStringLiteral("pipewire"), QStringLiteral("wireplumber"), QStringLiteral("pipewire-pulse")}
+            ? QStringList{QStringLiteral("pipewire"), QStringLiteral("wireplumber"),
+                          QStringLiteral("pipewire-pulse")}
             : QStringList{QStringLiteral("pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 "
                                          "--high-priority=no --realtime=no "
                                          "-L \"module-native-protocol-unix auth-anonymous=1 socket=%1\"")
