@@ -38,15 +38,14 @@ struct Page
     }
 
     SystemClock clock;
-    Resources resources{QString()};
     std::shared_ptr<FMDatabase> db = FMDatabase::databaseWithPath(std::nullopt);
     AppStore app;
     PlanStore plans{db};
     HolidayStore holidays{db};
     HistoryStore history{db, clock};
     NoPlayers factory;
-    AVPlayer player{factory, resources};
-    PlanView view{{app, plans, holidays, history, player, clock, resources}};
+    AVPlayer player{factory, Resources(QString())};
+    PlanView view{{app, plans, holidays, history, player, clock}};
 };
 
 void redraw(benchmark::State &state)

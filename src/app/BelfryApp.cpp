@@ -17,7 +17,7 @@ BelfryApp::BelfryApp()
     , historyStore(SQLiteHelper::shared().db(), clock)
     , loadRetry(*SQLiteHelper::shared().db(), planStore, holidayStore, historyStore)
     , avplayer(sound, resources)
-    , window({appStore, planStore, holidayStore, historyStore, avplayer, clock, resources})
+    , window({appStore, planStore, holidayStore, historyStore, avplayer, clock})
 {}
 
 void BelfryApp::show()

@@ -6,7 +6,6 @@ class Clock;
 class HistoryStore;
 class HolidayStore;
 class PlanStore;
-class Resources;
 
 /// The shared objects, made once at start-up, that every screen gets: none makes a second one.
 struct Environment
@@ -17,5 +16,4 @@ struct Environment
     HistoryStore &historyStore;
     AVPlayer &avPlayer;
     const Clock &clock;
-    const Resources &resources;
 };

@@ -104,7 +104,7 @@ public:
     }
 
     AppStore appStore;
-    ContentView window{{appStore, planStore, holidayStore, historyStore, avPlayer, clock, resources}};
+    ContentView window{{appStore, planStore, holidayStore, historyStore, avPlayer, clock}};
 };
 
 /// Presses a key where the focus is.
