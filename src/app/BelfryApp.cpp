@@ -11,11 +11,12 @@
 
 using namespace std::chrono_literals;
 
-BelfryApp::BelfryApp()
-    : planStore(SQLiteHelper::shared().db())
-    , holidayStore(SQLiteHelper::shared().db())
-    , historyStore(SQLiteHelper::shared().db(), clock)
-    , loadRetry(*SQLiteHelper::shared().db(), planStore, holidayStore, historyStore)
+BelfryApp::BelfryApp(SQLiteHelper &database, const Resources &resources)
+    : language(resources)
+    , planStore(database.db())
+    , holidayStore(database.db())
+    , historyStore(database.db(), clock)
+    , loadRetry(*database.db(), planStore, holidayStore, historyStore)
     , avplayer(sound, resources)
     , window({appStore, planStore, holidayStore, historyStore, avplayer, clock})
 {}

@@ -5,7 +5,6 @@
 #include "app/Language.h"
 #include "core/AVPlayer.h"
 #include "platform/Clock.h"
-#include "platform/Resources.h"
 #include "platform/SoundModule.h"
 #include "store/HistoryStore.h"
 #include "store/HolidayStore.h"
@@ -15,17 +14,20 @@
 
 #include <QCoreApplication>
 
+class Resources;
+class SQLiteHelper;
+
 /// The running application: makes the shared objects, in the order of its members, and the main window.
 ///
-/// The first store to be made brings the database file into being. A database that cannot be read
-/// leaves the lists empty; start-up goes on. One that is locked is read when it is free.
+/// A database that cannot be read leaves the lists empty, and the start goes on. One that is locked is read
+/// as soon as it is unlocked.
 class BelfryApp final
 {
     Q_DECLARE_TR_FUNCTIONS(BelfryApp)
     Q_DISABLE_COPY_MOVE(BelfryApp)
 
 public:
-    BelfryApp();
+    BelfryApp(SQLiteHelper &database, const Resources &resources);
 
     /// Shows the main window. Soon after, gets the sound ready, with an alert if that fails, and keeps the
     /// machine awake.
@@ -36,8 +38,7 @@ public:
 
 private:
     SystemClock clock;
-    Resources resources = Resources::ofApplication();
-    Language language{resources};
+    Language language;
     ColorScheme colorScheme;
     SoundModule sound{SoundModule::pathOfApplication()};
 

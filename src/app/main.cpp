@@ -29,9 +29,8 @@ void openStandardDescriptors()
 
 // For displays that do not look it up by the application's id. The icon theme lies beside the resources, in
 // the build tree too.
-QIcon windowIcon()
+QIcon windowIcon(const Resources &resources)
 {
-    const Resources resources = Resources::ofApplication();
     QIcon icon;
     for (const int size : {16, 24, 32, 48, 64, 128}) {
         const QString name = QStringLiteral("../icons/hicolor/%1x%1/apps/" BELFRY_ID).arg(size);
@@ -62,12 +61,14 @@ int main(int argc, char *argv[])
     SingleInstance instance; // before the timetable is touched
     if (!instance.claim(hasBus))
         return EXIT_SUCCESS;
-    if (SQLiteHelper::shared().dbURL().isEmpty())
+    SQLiteHelper &database = SQLiteHelper::shared();
+    if (database.dbURL().isEmpty())
         return EXIT_FAILURE;
-    QApplication::setWindowIcon(windowIcon());
 
+    const Resources resources = Resources::ofApplication();
+    QApplication::setWindowIcon(windowIcon(resources));
     const DisplayGuard displayGuard;
-    BelfryApp belfry;
+    BelfryApp belfry(database, resources);
     QObject::connect(&instance, &SingleInstance::activated, &application, [&belfry] { belfry.activate(); });
     belfry.show();
     return QApplication::exec();

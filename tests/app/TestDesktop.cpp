@@ -1,5 +1,6 @@
 #include "app/BelfryApp.h"
 #include "desktop/SingleInstance.h"
+#include "store/SQLiteHelper.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -150,7 +151,7 @@ private Q_SLOTS:
     {
         SingleInstance first;
         QVERIFY(first.claim(true));
-        BelfryApp belfry;
+        BelfryApp belfry(SQLiteHelper::shared(), Resources::ofApplication());
         belfry.show();
         QWidget *window = QApplication::topLevelWidgets().first();
         window->showMinimized();
