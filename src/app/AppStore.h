@@ -12,8 +12,8 @@ inline size_t qHash(NavigationItem item, size_t seed = 0)
     return ::qHash(int(item), seed);
 }
 
-/// The state that the screens share and that nothing saves: every start begins outside edit mode on the
-/// plan screen.
+/// The state that the screens share. It is never saved: each start begins outside edit mode on the plan
+/// screen.
 class AppStore final : public ObservableObject
 {
     Q_OBJECT
@@ -22,9 +22,9 @@ class AppStore final : public ObservableObject
 public:
     using ObservableObject::ObservableObject;
 
-    /// The cards show their controls, and the toolbar its buttons that delete, select and add.
+    /// Whether the cards show their controls, and the toolbar the buttons that delete, select and add.
     Published<bool> isEditMode{this, false};
 
-    /// What is selected in the sidebar. A screen is the current one when this is the set of it alone.
+    /// What is selected in the sidebar. A screen is shown when it alone is selected.
     Published<QSet<NavigationItem>> selection{this, {NavigationItem::planView}};
 };

@@ -24,7 +24,7 @@ BelfryApp::BelfryApp(SQLiteHelper &database, const Resources &resources)
 void BelfryApp::show()
 {
     window.show();
-    // When the window is there, so that neither it nor the first bell has to wait.
+    // Once the window is visible, which must not wait for this, and well before most first bells.
     QTimer::singleShot(1s, &window, [this] {
         QString error;
         if (!sound.load(error)) {
@@ -40,12 +40,12 @@ void BelfryApp::show()
 void BelfryApp::activate()
 {
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    // A window manager of X11 denies the focus to a program that knows no later time than that of the last
-    // key in another one. Any change of a property comes back with the time.
+    // X11 window managers give the focus only to a request with a timestamp later than the last input in
+    // another program. Any change of a window property makes the server report the current time.
     window.windowHandle()->setTitle(window.windowTitle());
     QTimer::singleShot(50ms, &window, [this] {
         window.raise();
-        // The file panel, a window of its own, has the keys while it is open.
+        // The file panel is a window of its own and is modal while it is open.
         QWidget *filePanel = QApplication::activeModalWidget();
         (filePanel ? filePanel : &window)->activateWindow();
     });

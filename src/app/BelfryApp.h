@@ -29,8 +29,8 @@ class BelfryApp final
 public:
     BelfryApp(SQLiteHelper &database, const Resources &resources);
 
-    /// Shows the main window. Soon after, gets the sound ready, with an alert if that fails, and keeps the
-    /// machine awake.
+    /// Shows the main window. A second later loads the sound, with an alert if that fails, and starts to
+    /// inhibit idle suspend.
     void show();
 
     /// Brings the main window to the front, and the file panel over it if that is open.

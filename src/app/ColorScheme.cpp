@@ -38,14 +38,14 @@ QPalette darkPalette()
     return palette;
 }
 
-// A platform theme with a palette of its own makes it differ from that of the style.
-bool isPaletteOfStyle()
+// False where the platform theme has set a palette.
+bool hasStandardPalette()
 {
     return QApplication::palette() == QApplication::style()->standardPalette();
 }
 
-// Qt's window frames on Wayland keep the colours that they were made with, so they are made again.
-void renewFrames()
+// The window frames that Qt draws on Wayland keep their first colours, so they are created again.
+void recreateFrames()
 {
     if (!QGuiApplication::platformName().startsWith(u"wayland"_s))
         return;
@@ -63,22 +63,23 @@ void renewFrames()
 ColorScheme::ColorScheme(QObject *parent) : QObject(parent)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    // From any sender: to be told who has the portal's name would take a blocking call.
+    // From any sender: to match that of the portal, Qt would look up the owner of its name and block.
     bus.connect(QString(), path, interface, u"SettingChanged"_s, {appearance, colorScheme}, QString(), this,
-                SLOT(changeSetting(QDBusMessage)));
+                SLOT(onSettingChanged(QDBusMessage)));
     auto *watcher = new QDBusServiceWatcher(portal, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &ColorScheme::readSetting);
     readSetting();
 }
 
-void ColorScheme::changeSetting(const QDBusMessage &message)
+void ColorScheme::onSettingChanged(const QDBusMessage &message)
 {
-    apply(qvariant_cast<QDBusVariant>(message.arguments().value(2)).variant()); // after its group and its key
+    constexpr int value = 2; // after the namespace and the key
+    apply(qvariant_cast<QDBusVariant>(message.arguments().value(value)).variant());
 }
 
 void ColorScheme::readSetting()
 {
-    // ReadOne, which replaces this, is missing in the portal of Debian 12.
+    // Its replacement, ReadOne, is missing in the portal of Debian 12.
     auto read = QDBusMessage::createMethodCall(portal, path, interface, u"Read"_s);
     read << QString(appearance) << QString(colorScheme);
     auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(read), this);
@@ -93,11 +94,11 @@ void ColorScheme::readSetting()
 void ColorScheme::apply(const QVariant &setting)
 {
     const bool isDark = setting.toUInt() == preferDark;
-    if (isDark == isOwnPalette)
+    if (isDark == hasDarkPalette)
         return;
-    if (isDark && (Style::isDark(QApplication::palette()) || !isPaletteOfStyle()))
+    if (isDark && (Style::isDark(QApplication::palette()) || !hasStandardPalette()))
         return;
-    isOwnPalette = isDark;
+    hasDarkPalette = isDark;
     QApplication::setPalette(isDark ? darkPalette() : QPalette());
-    renewFrames();
+    recreateFrames();
 }

@@ -4,11 +4,11 @@
 
 class QDBusMessage;
 
-/// Shows the windows in dark colours where the user has set the desktop to dark, also while the program runs.
+/// Gives the application a dark palette while the user prefers dark colours on the desktop.
 ///
-/// Asks the desktop's settings portal and follows its changes; nothing waits for the answer, and without a
-/// portal nothing changes. Where the palette is dark already or comes from the desktop's platform theme, it
-/// stays. Made after the application object.
+/// It reads the setting from the desktop's settings portal, asynchronously, and follows its changes; without
+/// a portal nothing changes. A palette that is dark already, or comes from the platform theme, stays. To be
+/// created after the application object.
 class ColorScheme final : public QObject
 {
     Q_OBJECT
@@ -18,11 +18,11 @@ public:
     explicit ColorScheme(QObject *parent = nullptr);
 
 private Q_SLOTS:
-    void changeSetting(const QDBusMessage &message);
+    void onSettingChanged(const QDBusMessage &message);
 
 private:
     void readSetting();
     void apply(const QVariant &setting);
 
-    bool isOwnPalette = false;
+    bool hasDarkPalette = false;
 };

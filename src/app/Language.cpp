@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The file of the first language that has one; none where English, in which the texts are written, is first.
-std::optional<QString> firstFile(const Resources &resources, const QStringList &languages)
+// The translation for the first language that has one; none if English, the language of the source, is first.
+std::optional<QString> firstTranslation(const Resources &resources, const QStringList &languages)
 {
     for (const QString &name : languages) {
         const QLocale language(name);
@@ -26,14 +26,14 @@ std::optional<QString> firstFile(const Resources &resources, const QStringList &
 
 } // namespace
 
-Language::Language(const Resources &resources, const QStringList &asked)
+Language::Language(const Resources &resources, const QStringList &preferred)
 {
-    const auto file = firstFile(resources, asked);
-    if (!file || !texts.load(*file))
+    const auto file = firstTranslation(resources, preferred);
+    if (!file || !translator.load(*file))
         return;
-    QCoreApplication::installTranslator(&texts);
-    const QLocale language(texts.language());
-    if (textsOfQt.load(language, u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(&textsOfQt);
+    QCoreApplication::installTranslator(&translator);
+    const QLocale language(translator.language());
+    if (qtTranslator.load(language, u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&qtTranslator);
     QGuiApplication::setLayoutDirection(language.textDirection());
 }

@@ -5,20 +5,20 @@
 
 class Resources;
 
-/// The user's language, for as long as this lives: the texts of the program and of Qt's own dialogs and
-/// menus, and the direction in which the windows are laid out.
+/// Translates the texts of the program, and those of Qt's dialogs and menus, for as long as it lives, and
+/// sets the layout direction of the language.
 ///
-/// Made after the application object and before any window.
+/// To be created after the application object and before any window.
 class Language final
 {
     Q_DISABLE_COPY_MOVE(Language)
 
 public:
-    /// The first of the languages `asked` for, by their locales' names, that the program speaks. The texts in
-    /// the source are English: where that comes first, or there is none, all texts stay as they stand.
-    explicit Language(const Resources &resources, const QStringList &asked = QLocale().uiLanguages());
+    /// Takes the first of the `preferred` languages, given as locale names, that has a translation. The texts
+    /// stay English, as in the source, if that comes before it or none has one.
+    explicit Language(const Resources &resources, const QStringList &preferred = QLocale().uiLanguages());
 
 private:
-    QTranslator texts;
-    QTranslator textsOfQt;
+    QTranslator translator;
+    QTranslator qtTranslator;
 };

@@ -18,7 +18,8 @@
 
 namespace {
 
-// One that is closed at our start would become the connection to the display, and our lines go there.
+// The next file to be opened would take the place of a closed one: the connection to the display, for one,
+// would then receive what is meant for standard output.
 void openStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -27,8 +28,8 @@ void openStandardDescriptors()
     }
 }
 
-// For displays that do not look it up by the application's id. The icon theme lies beside the resources, in
-// the build tree too.
+// For window managers that do not find the icon by the application id. The icon theme lies beside the
+// resources, in the build tree too.
 QIcon windowIcon(const Resources &resources)
 {
     QIcon icon;
@@ -45,14 +46,14 @@ QIcon windowIcon(const Resources &resources)
 int main(int argc, char *argv[])
 {
     openStandardDescriptors();
-    // A reader of our output that goes away must not end the program.
+    // The end of whatever reads our output must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
 
     Log::captureQtMessages();
     QApplication::setApplicationName(QStringLiteral("belfry"));
     QApplication::setApplicationVersion(QStringLiteral(BELFRY_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(BELFRY_ID));
-    const bool hasBus = MessageBus::hasSession(); // be it frozen or dead
+    const bool hasBus = MessageBus::hasSession(); // even an unresponsive one
     MessageBus::disableUnresponsive();
     if (MessageBus::hasSession())
         FileChooser::preferPortal();

@@ -24,7 +24,7 @@ void onSignal(int)
     errno = error;
 }
 
-// Except for signals that the program was started to ignore, as nohup does.
+// Leaves out the signals that the program was started to ignore, as by nohup.
 void handleExitSignals(void (*handler)(int), int flags)
 {
     struct sigaction action = {};

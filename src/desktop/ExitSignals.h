@@ -2,11 +2,11 @@
 
 #include <QObject>
 
-/// Ends the program cleanly when the system tells it to: a log-out, a shutdown, the end of its terminal.
+/// Ends the program cleanly at log-out, at shutdown and when its terminal closes.
 ///
-/// While one lives, SIGTERM, SIGINT and SIGHUP end the event loop, with exit code 0, between two events and
-/// whatever sheet is open: what was being written to the timetable is written to its end. The same signal
-/// again ends the program at once. One at a time.
+/// While it lives, SIGTERM, SIGINT and SIGHUP end the event loop with exit code 0, between two events and
+/// whatever sheet is open, so that no write to the timetable is cut short. A second signal of the same kind
+/// ends the program at once. Only one may exist at a time.
 class ExitSignals final : public QObject
 {
     Q_OBJECT

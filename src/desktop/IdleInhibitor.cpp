@@ -17,11 +17,11 @@ namespace {
 struct Interface
 {
     QLatin1String service, path, name;
-    bool isOfSystem = false;
+    bool isOnSystemBus = false;
 
     QDBusConnection bus() const
     {
-        return isOfSystem ? QDBusConnection::systemBus() : QDBusConnection::sessionBus();
+        return isOnSystemBus ? QDBusConnection::systemBus() : QDBusConnection::sessionBus();
     }
 };
 
@@ -39,16 +39,16 @@ constexpr Interface idleMonitor{QLatin1String("org.gnome.Mutter.IdleMonitor"),
 
 constexpr QLatin1String reason("Belfry keeps the timetable");
 
-// Calls `onReply` with the reply when it is there, unless `context` is gone by then.
+// Calls `onReply` with the reply when it arrives, unless `context` has been deleted by then.
 template<typename OnReply>
 void call(const Interface &interface, const QString &method, const QVariantList &arguments, QObject *context,
           OnReply onReply)
 {
     auto message = QDBusMessage::createMethodCall(interface.service, interface.path, interface.name, method);
     message.setArguments(arguments);
-    message.setAutoStartService(interface.isOfSystem);
+    message.setAutoStartService(interface.isOnSystemBus);
     const QDBusPendingCall pending = interface.bus().asyncCall(message);
-    if (pending.isFinished()) // at once where there is no bus
+    if (pending.isFinished()) // without a bus, at once
         return onReply(pending);
     auto *watcher = new QDBusPendingCallWatcher(pending, context);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context, [watcher, onReply] {
@@ -63,27 +63,27 @@ void ignoreReply(const QDBusPendingCall &) {}
 
 IdleInhibitor::IdleInhibitor(QObject *parent) : QObject(parent)
 {
-    // From any sender: to look up the owner of a name would block.
+    // From any sender: to match that of the service, Qt would look up the owner of its name and block.
     idleMonitor.bus().connect(QString(), idleMonitor.path, idleMonitor.name, u"WatchFired"_s, this,
                               SLOT(onWatchFired(uint)));
-    const auto whenBack = [this](const Interface &interface, auto ask) {
+    const auto onRegistered = [this](const Interface &interface, auto ask) {
         auto *watcher = new QDBusServiceWatcher(interface.service, interface.bus(),
                                                 QDBusServiceWatcher::WatchForRegistration, this);
         connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, ask);
     };
-    whenBack(logind, [this] { inhibitViaLogind(); });
-    whenBack(powerManager, [this] { inhibitViaPowerManager(); });
-    whenBack(idleMonitor, [this] { watchInput(); });
-    whenBack(sessionManager, [this] {
+    onRegistered(logind, [this] { inhibitViaLogind(); });
+    onRegistered(powerManager, [this] { inhibitViaPowerManager(); });
+    onRegistered(idleMonitor, [this] { watchForIdle(); });
+    onRegistered(sessionManager, [this] {
         if (isInhibiting)
             inhibitViaSessionManager();
     });
     inhibitViaLogind();
     inhibitViaPowerManager();
-    watchInput();
+    watchForIdle();
 }
 
-// The lock lasts as long as its file descriptor is open.
+// The lock is held for as long as its file descriptor is open.
 void IdleInhibitor::inhibitViaLogind()
 {
     call(logind, u"Inhibit"_s, {u"idle"_s, u"Belfry"_s, QString(reason), u"block"_s}, this,
@@ -95,18 +95,18 @@ void IdleInhibitor::inhibitViaLogind()
          });
 }
 
-// This one and that of the session manager last as long as the program is on the bus.
+// This inhibitor and the session manager's last until the program leaves the bus.
 void IdleInhibitor::inhibitViaPowerManager()
 {
     call(powerManager, u"Inhibit"_s, {u"Belfry"_s, QString(reason)}, this, ignoreReply);
 }
 
-void IdleInhibitor::watchInput()
+void IdleInhibitor::watchForIdle()
 {
-    constexpr qulonglong milliseconds = 30000; // desktops suspend after minutes
-    releaseSessionManager();
-    call(idleMonitor, u"AddIdleWatch"_s, {milliseconds}, this, [this](const QDBusPendingReply<uint> &reply) {
-        inputlessWatch = reply.isError() ? 0 : reply.value();
+    constexpr qulonglong idleMs = 30000; // desktops suspend after minutes
+    uninhibitSessionManager();
+    call(idleMonitor, u"AddIdleWatch"_s, {idleMs}, this, [this](const QDBusPendingReply<uint> &reply) {
+        idleWatch = reply.isError() ? 0 : reply.value();
         if (reply.isError())
             inhibitViaSessionManager();
     });
@@ -114,13 +114,14 @@ void IdleInhibitor::watchInput()
 
 void IdleInhibitor::onWatchFired(uint watch)
 {
-    if (watch == inputWatch)
-        releaseSessionManager();
-    if (watch != inputlessWatch)
+    if (watch == userActiveWatch)
+        uninhibitSessionManager();
+    if (watch != idleWatch)
         return;
     inhibitViaSessionManager();
-    call(idleMonitor, u"AddUserActiveWatch"_s, {}, this,
-         [this](const QDBusPendingReply<uint> &reply) { inputWatch = reply.isError() ? 0 : reply.value(); });
+    call(idleMonitor, u"AddUserActiveWatch"_s, {}, this, [this](const QDBusPendingReply<uint> &reply) {
+        userActiveWatch = reply.isError() ? 0 : reply.value();
+    });
 }
 
 void IdleInhibitor::inhibitViaSessionManager()
@@ -132,11 +133,11 @@ void IdleInhibitor::inhibitViaSessionManager()
          [this](const QDBusPendingReply<uint> &reply) {
              cookie = reply.isError() ? 0 : reply.value();
              if (!isInhibiting)
-                 releaseSessionManager();
+                 uninhibitSessionManager();
          });
 }
 
-void IdleInhibitor::releaseSessionManager()
+void IdleInhibitor::uninhibitSessionManager()
 {
     isInhibiting = false;
     if (const uint held = std::exchange(cookie, 0))

@@ -3,16 +3,15 @@
 #include <QDBusUnixFileDescriptor>
 #include <QObject>
 
-/// Keeps the machine from suspending by itself while nobody uses it, for as long as it lives. The user can
-/// still suspend it.
+/// Inhibits idle suspend for as long as it lives. The user can still suspend the computer.
 ///
 /// It asks systemd-logind, which Plasma follows, the power manager of Xfce, and the session manager of GNOME
-/// and its relatives. All calls are asynchronous, and are repeated when a service comes back. When logind
-/// refuses or is not there, the log says so once.
+/// and its relatives. All calls are asynchronous, and are repeated when a service registers again. If logind
+/// refuses or is missing, that is logged once.
 ///
-/// GNOME's session manager holds a logind lock on every suspend for its inhibitors, and since systemd 257
-/// "Suspend" in the menu fails under such a lock. So where GNOME's compositor tells when there is no input,
-/// Belfry inhibits only then.
+/// For its inhibitors GNOME's session manager holds a logind lock on every suspend, and since systemd 257
+/// "Suspend" in the menu fails under such a lock. So where GNOME's compositor reports the lack of input,
+/// Belfry inhibits there only then.
 class IdleInhibitor final : public QObject
 {
     Q_OBJECT
@@ -27,15 +26,15 @@ private Q_SLOTS:
 private:
     void inhibitViaLogind();
     void inhibitViaPowerManager();
-    void watchInput();
+    void watchForIdle();
     void inhibitViaSessionManager();
-    void releaseSessionManager();
+    void uninhibitSessionManager();
 
     QDBusUnixFileDescriptor logindLock;
     bool hasLogged = false;
 
-    uint inputlessWatch = 0; // fires whenever there has been no input for a while
-    uint inputWatch = 0;     // fires once, at the next input
+    uint idleWatch = 0;       // fires whenever there has been no input for a while
+    uint userActiveWatch = 0; // fires once, at the next input
     bool isInhibiting = false;
-    uint cookie = 0; // of the session manager's inhibitor, as soon as it is known
+    uint cookie = 0; // of the session manager's inhibitor; 0 until its reply
 };

@@ -22,13 +22,13 @@ namespace {
 constexpr char sessionVariable[] = "DBUS_SESSION_BUS_ADDRESS";
 constexpr char systemVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 
-QByteArray addressIn(const char *variable, const QByteArray &fallback)
+QByteArray defaultSessionSocket()
 {
-    return qEnvironmentVariableIsEmpty(variable) ? fallback : qgetenv(variable);
+    return qgetenv("XDG_RUNTIME_DIR") + "/bus";
 }
 
 // The name of the socket in an address such as "unix:path=/run/user/1000/bus,guid=…", with a null byte in
-// front of an abstract one. Empty for other kinds, which are rare.
+// front if it is abstract. Empty for other transports, which are rare.
 QByteArray socketName(const QByteArray &address)
 {
     if (!address.startsWith("unix:"))
@@ -43,8 +43,8 @@ QByteArray socketName(const QByteArray &address)
     return {};
 }
 
-// A connection to a bus that has been asked which authentication mechanisms it has. By hand, because neither
-// QtDBus nor libdbus takes a timeout for connecting, and Qt itself connects while QApplication is made.
+// A connection on which the first line of the D-Bus authentication has been sent; every bus replies to it.
+// Neither QtDBus nor libdbus has a timeout for connecting, and Qt connects while QApplication is created.
 class BusProbe final
 {
     Q_DISABLE_COPY_MOVE(BusProbe)
@@ -58,46 +58,52 @@ public:
             return;
         std::memcpy(socketAddress.sun_path, name.constData(), size_t(name.size()));
         const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + size_t(name.size()));
-        if (::connect(socket, reinterpret_cast<const sockaddr *>(&socketAddress), size) != 0)
-            isWaiting = errno == EAGAIN; // its queue is full
+        if (::connect(socket, reinterpret_cast<const sockaddr *>(&socketAddress), size) == 0)
+            expectsReply = ::send(socket, "\0AUTH\r\n", 7, MSG_NOSIGNAL) == 7;
         else
-            isWaiting = ::send(socket, "\0AUTH\r\n", 7, MSG_NOSIGNAL) == 7;
+            expectsReply = errno == EAGAIN; // the bus accepts no connections: its queue is full
     }
 
     ~BusProbe() { ::close(socket); }
 
-    // False when the bus is there and sends nothing until `deadline`.
+    // Waits for the reply. False only if there is a bus, but no reply until `deadline`.
     bool responds(QDeadlineTimer deadline) const
     {
-        pollfd answer{socket, POLLIN, 0};
-        return !isWaiting || ::poll(&answer, 1, int(deadline.remainingTime())) != 0;
+        pollfd reply{socket, POLLIN, 0};
+        return !expectsReply || ::poll(&reply, 1, int(deadline.remainingTime())) != 0;
     }
 
 private:
     int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    bool isWaiting = false;
+    bool expectsReply = false;
 };
+
+void disableUnless(bool responds, const char *variable, const QString &name)
+{
+    if (responds)
+        return;
+    qputenv(variable, "disabled:");
+    Log::write(u"%1 bus is not responding; continuing without it"_s.arg(name));
+}
 
 } // namespace
 
 bool MessageBus::hasSession()
 {
-    const QByteArray defaultSocket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
-    return qEnvironmentVariableIsEmpty(sessionVariable) ? ::access(defaultSocket.constData(), F_OK) == 0
-                                                        : !qgetenv(sessionVariable).startsWith("disabled:");
+    return qEnvironmentVariableIsEmpty(sessionVariable)
+               ? ::access(defaultSessionSocket().constData(), F_OK) == 0
+               : !qgetenv(sessionVariable).startsWith("disabled:");
 }
 
 void MessageBus::disableUnresponsive()
 {
-    const BusProbe session(addressIn(sessionVariable, "unix:path=" + qgetenv("XDG_RUNTIME_DIR") + "/bus"));
+    const auto addressIn = [](const char *variable, const QByteArray &fallback) {
+        return qEnvironmentVariableIsEmpty(variable) ? fallback : qgetenv(variable);
+    };
+    // Both are probed at the same time, so that two frozen buses cost no more than one.
+    const BusProbe session(addressIn(sessionVariable, "unix:path=" + defaultSessionSocket()));
     const BusProbe system(addressIn(systemVariable, "unix:path=/run/dbus/system_bus_socket"));
     const QDeadlineTimer deadline(2s);
-    const auto check = [&deadline](const BusProbe &bus, const char *variable, const QString &name) {
-        if (bus.responds(deadline))
-            return;
-        qputenv(variable, "disabled:");
-        Log::write(u"%1 bus is not responding; continuing without it"_s.arg(name));
-    };
-    check(session, sessionVariable, u"Session"_s);
-    check(system, systemVariable, u"System"_s);
+    disableUnless(session.responds(deadline), sessionVariable, u"Session"_s);
+    disableUnless(system.responds(deadline), systemVariable, u"System"_s);
 }

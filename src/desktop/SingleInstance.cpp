@@ -20,17 +20,25 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// The right to take the focus that Wayland's desktops hand to a program that they start: where they put it,
-// and where Qt looks for it. For X11 there is no such thing that Qt would look at after the start.
+// Wayland desktops hand this token to the programs that they start; its owner may take the focus. Qt reads it
+// from this variable whenever a window is activated. (Of its counterpart on X11, Qt makes use at the start
+// only.)
 constexpr char tokenVariable[] = "XDG_ACTIVATION_TOKEN";
 constexpr QLatin1String tokenKey("activation-token");
 
-int timeoutMs(QDeadlineTimer deadline)
+// The interface requires this path, made from the application id.
+QString objectPath()
 {
-    return std::max(1, int(deadline.remainingTime())); // 0 and less have meanings of their own
+    return u'/' + QStringLiteral(BELFRY_ID).replace(u'.', u'/');
 }
 
-// False when another program owns the name; a bus that does not say so keeps no program from running.
+int timeoutMs(QDeadlineTimer deadline)
+{
+    return std::max(1, int(deadline.remainingTime())); // QtDBus takes -1 for its default of 25 s
+}
+
+// False only if the bus says that another program owns the name: a bus in disorder must not silence the
+// bells.
 bool requestName(QDBusConnectionInterface &bus, QDeadlineTimer deadline)
 {
     bus.setTimeout(timeoutMs(deadline));
@@ -38,21 +46,21 @@ bool requestName(QDBusConnectionInterface &bus, QDeadlineTimer deadline)
     return !reply.isValid() || reply.value() == QDBusConnectionInterface::ServiceRegistered;
 }
 
-// Whether the program that owns the name has answered the call.
-bool activateOther(const QDBusConnection &bus, const QString &path, QDeadlineTimer deadline)
+// Raises the window of the program that owns the name. False if that does not reply.
+bool activateOwner(const QDBusConnection &bus, QDeadlineTimer deadline)
 {
-    auto activate = QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), path,
+    auto activate = QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), objectPath(),
                                                    u"org.freedesktop.Application"_s, u"Activate"_s);
     activate << QVariantMap{{tokenKey, qEnvironmentVariable(tokenVariable)}};
     activate.setAutoStartService(false);
     return bus.call(activate, QDBus::Block, timeoutMs(deadline)).type() == QDBusMessage::ReplyMessage;
 }
 
-// Opens the lock file, which is made if need be; -1 where that is not possible. Whatever else lies there is
-// neither waited for nor changed.
-int openLockFile(const QByteArray &folder)
+// Opens the lock file, or creates it. -1 if that is not possible: anything there that is not a regular file
+// is neither waited for nor changed.
+int openLockFile()
 {
-    const QByteArray path = folder + "/" BELFRY_ID ".lock";
+    const QByteArray path = qgetenv("XDG_RUNTIME_DIR") + "/" BELFRY_ID ".lock";
     const int file = ::open(path, O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
     struct stat status = {};
     if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)))
@@ -65,8 +73,8 @@ int openLockFile(const QByteArray &folder)
 
 SingleInstance::~SingleInstance()
 {
-    if (lock >= 0)
-        ::close(lock);
+    if (lockFile >= 0)
+        ::close(lockFile);
 }
 
 bool SingleInstance::claim(bool hasBus)
@@ -75,20 +83,19 @@ bool SingleInstance::claim(bool hasBus)
     return claimName(deadline) && (!hasBus || claimLock(deadline));
 }
 
-// Whether no other program owns the name; if one does, its window is raised.
+// False if another program owns the name; its window is raised.
 bool SingleInstance::claimName(QDeadlineTimer deadline)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return true;
-    // First, so that whoever sees the name finds the object.
-    const QString path = u'/' + QStringLiteral(BELFRY_ID).replace(u'.', u'/');
-    bus.registerObject(path, this, QDBusConnection::ExportScriptableSlots);
-    // More than once, as the other program may just have ended.
+    // Before the name, so that whoever sees the name finds the object.
+    bus.registerObject(objectPath(), this, QDBusConnection::ExportScriptableSlots);
+    // Again if the owner does not reply: it may just have exited.
     for (int attempt = 0; attempt < 3 && !deadline.hasExpired(); ++attempt) {
         if (requestName(*bus.interface(), deadline))
             return true;
-        if (activateOther(bus, path, deadline)) {
+        if (activateOwner(bus, deadline)) {
             Log::write(u"Already running; raising its window"_s);
             return false;
         }
@@ -97,13 +104,12 @@ bool SingleInstance::claimName(QDeadlineTimer deadline)
     return false;
 }
 
-// Whether no other program holds the lock. One that is just ending is waited for.
+// False if another program keeps the lock until `deadline`; one that is about to exit releases it before.
 bool SingleInstance::claimLock(QDeadlineTimer deadline)
 {
-    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
-    if (!folder.isEmpty())
-        lock = openLockFile(folder);
-    while (lock >= 0 && ::flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        lockFile = openLockFile();
+    while (lockFile >= 0 && ::flock(lockFile, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         if (deadline.hasExpired()) {
             Log::write(u"Already running, but not reachable on the session bus"_s);
             return false;

@@ -4,13 +4,13 @@
 #include <QObject>
 #include <QVariantMap>
 
-/// Lets one Belfry run per user, since two would ring every bell twice, and lets the desktop raise its
+/// Lets only one Belfry run per user, since two would ring every bell twice, and lets the desktop raise its
 /// window.
 ///
-/// It is the object that the program exports on the session bus, under the name that only one program can
-/// own: the interface org.freedesktop.Application. A bus may be frozen when the first program starts and
-/// respond again when the second one does. So a lock on a file in $XDG_RUNTIME_DIR decides too; the kernel
-/// releases it however a program ends.
+/// The running program owns a name on the session bus and exports this object there, with the interface
+/// org.freedesktop.Application. A bus that is frozen when the first program starts may respond again when the
+/// second one does. So the program also holds a lock on a file in $XDG_RUNTIME_DIR, which the kernel releases
+/// however the program ends.
 class SingleInstance final : public QObject
 {
     Q_OBJECT
@@ -21,23 +21,24 @@ public:
     using QObject::QObject;
     ~SingleInstance() override;
 
-    /// Returns true when no other program has the name or the lock: this one holds both from now on, as far
-    /// as they are available. Otherwise asks the other one to raise its window, logs that and returns false.
-    /// Takes two seconds at most, whoever does not respond. A session without a bus, as `hasBus` says, keeps
-    /// no program from running.
+    /// Takes the name and the lock, as far as there is a bus and a folder for the lock. Returns false if
+    /// another program has one of them; it has then been asked to raise its window if it could be reached,
+    /// and the log says how that went. Blocks for two seconds at most. If the session has no bus (`hasBus`,
+    /// as it was before an unresponsive one was disabled), always returns true.
     bool claim(bool hasBus);
 
 public Q_SLOTS:
-    // Called by the desktop and by other starts of Belfry; the interface fixes the names. Belfry opens no
-    // files and has no actions of its own: all of them do the same.
+    // Called by the desktop and by second starts of Belfry. Belfry opens no files and has no actions of its
+    // own, so that all three do the same.
 
-    /// Asks for the window. `platformData` may hold the right to take the focus ("activation-token").
+    /// Raises the window. `platformData` may contain an "activation-token", which allows it to take the
+    /// focus.
     Q_SCRIPTABLE void Activate(const QVariantMap &platformData);
 
-    /// Asks for the window, and ignores `uris`. `platformData` as for Activate().
+    /// Raises the window, and ignores `uris`. `platformData` as for Activate().
     Q_SCRIPTABLE void Open(const QStringList &uris, const QVariantMap &platformData);
 
-    /// Asks for the window, whatever the action and its parameter. `platformData` as for Activate().
+    /// Raises the window, whatever the action and its parameter. `platformData` as for Activate().
     Q_SCRIPTABLE void ActivateAction(const QString &action, const QVariantList &parameter,
                                      const QVariantMap &platformData);
 
@@ -49,5 +50,5 @@ private:
     bool claimName(QDeadlineTimer deadline);
     bool claimLock(QDeadlineTimer deadline);
 
-    int lock = -1; // file descriptor
+    int lockFile = -1; // file descriptor
 };
