@@ -2,6 +2,7 @@
 
 #include "core/TimeText.h"
 #include "platform/Clock.h"
+#include "store/NewId.h"
 #include "store/Records.h"
 
 using namespace Qt::StringLiterals;
@@ -46,7 +47,7 @@ HistoryStore::HistoryStore(std::shared_ptr<FMDatabase> db, const Clock &clock, Q
 
 void HistoryStore::addHistory(const QString &title)
 {
-    curId = Records::newId();
+    curId = newId();
     const History entry{.id = curId,
                         .title = title,
                         .begin = TimeText::formatDate(clock.now(), TimeText::timestampPattern),

@@ -7,7 +7,6 @@
 #include "store/LoadState.h"
 
 #include <QList>
-#include <QUuid>
 
 #include <algorithm>
 #include <optional>
@@ -15,12 +14,6 @@
 /// What the three stores have in common: records with an `id` and an `isChecked`, held in a published list
 /// and in a table of the same database.
 namespace Records {
-
-/// A new id: a random UUID of 36 characters in upper case.
-inline QString newId()
-{
-    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-}
 
 /// `text` with every "'" doubled, for use between single quotes in SQL.
 inline QString escaped(QString text)

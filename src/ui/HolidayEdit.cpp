@@ -1,7 +1,7 @@
 #include "ui/HolidayEdit.h"
 
 #include "store/HolidayStore.h"
-#include "store/Records.h"
+#include "store/NewId.h"
 #include "toolkit/DateField.h"
 
 HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *parent)
@@ -41,6 +41,6 @@ bool HolidayEdit::commit()
     holiday.end = end->dateText();
     if (purpose == Purpose::modify)
         return holidayStore.updateHoliday(holiday);
-    holiday.id = Records::newId();
+    holiday.id = newId();
     return holidayStore.addHoliday(holiday);
 }

@@ -1,7 +1,7 @@
 #include "ui/PlanEdit.h"
 
+#include "store/NewId.h"
 #include "store/PlanStore.h"
-#include "store/Records.h"
 #include "toolkit/CheckBox.h"
 #include "toolkit/FileChooser.h"
 #include "toolkit/FormRow.h"
@@ -85,7 +85,7 @@ bool PlanEdit::commit()
         plan.*planWeekdays[day] = week[day]->isChecked();
     if (purpose == Purpose::modify)
         return planStore.updatePlan(plan);
-    plan.id = Records::newId();
+    plan.id = newId();
     return planStore.addPlan(plan);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "db/FMDatabase.h"
+#include "store/NewId.h"
 #include "store/PlanStore.h"
-#include "store/Records.h"
 #include "support/TemplateDatabase.h"
 #include "support/WallClockFile.h"
 
@@ -43,7 +43,7 @@ public:
         QFile::copy(QStringLiteral(BELFRY_RESOURCES "/data.db"), database);
         PlanStore store(FMDatabase::databaseWithPath(database));
         for (Plan plan : plans) {
-            plan.id = Records::newId();
+            plan.id = newId();
             plan.content = sound;
             for (const auto day : planWeekdays)
                 plan.*day = true;

@@ -2,6 +2,7 @@
 
 #include "app/AppStore.h"
 #include "core/TickTimer.h"
+#include "store/NewId.h"
 #include "support/Controls.h"
 #include "support/SharedObjects.h"
 #include "toolkit/Card.h"
@@ -32,7 +33,7 @@ public:
     /// A holiday that is long over, in the list.
     Holiday addHoliday(const QString &title, const QString &begin = QStringLiteral("2024-10-01"))
     {
-        const Holiday holiday{false, Records::newId(), title, begin, QStringLiteral("2024-10-07")};
+        const Holiday holiday{false, newId(), title, begin, QStringLiteral("2024-10-07")};
         holidayStore.addHoliday(holiday);
         return holiday;
     }

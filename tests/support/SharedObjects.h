@@ -4,8 +4,8 @@
 #include "platform/Resources.h"
 #include "store/HistoryStore.h"
 #include "store/HolidayStore.h"
+#include "store/NewId.h"
 #include "store/PlanStore.h"
-#include "store/Records.h"
 #include "support/FakeClock.h"
 #include "support/FakePlayer.h"
 #include "support/TemplateDatabase.h"
@@ -22,7 +22,7 @@ struct SharedObjects
     Plan addPlan(const QString &title, const QString &begin = QStringLiteral("08:00"),
                  const QString &end = QStringLiteral("09:30"), const QString &days = QStringLiteral("12345"))
     {
-        Plan plan{.id = Records::newId(), .title = title, .begin = begin, .end = end};
+        Plan plan{.id = newId(), .title = title, .begin = begin, .end = end};
         plan.music = title + QStringLiteral(".ogg");
         plan.content = folder.filePath(plan.music);
         QFile(plan.content).open(QIODevice::WriteOnly);
