@@ -256,6 +256,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(Format)
 QTEST_GUILESS_MAIN(TestSoundFile)
 #include "TestSoundFile.moc"

@@ -237,6 +237,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(Action)
 QTEST_GUILESS_MAIN(TestSoundModule)
 #include "TestSoundModule.moc"
