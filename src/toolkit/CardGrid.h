@@ -1,44 +1,23 @@
 #pragma once
 
+#include "toolkit/CardFocus.h"
+#include "toolkit/CardPool.h"
 #include "toolkit/CardShadow.h"
+#include "toolkit/CardSource.h"
+#include "toolkit/CardTransition.h"
 #include "toolkit/GridGeometry.h"
 
 #include <QAbstractScrollArea>
-#include <QHash>
-#include <QPixmap>
-#include <QVariantAnimation>
-
-#include <functional>
-#include <vector>
-
-class Card;
-
-/// What a CardGrid shows: a list of records, each known by its index 0 … count() - 1. The functions look at
-/// the list as it is when they are called. All are needed.
-struct CardSource
-{
-    std::function<int()> count;
-    /// What tells a record from all others, and stays the same when it moves or changes.
-    std::function<QString(int index)> id;
-    /// A new card without a record; the grid owns it.
-    std::function<Card *()> create;
-    /// Makes a card from create() show a record, whatever it showed before.
-    std::function<void(Card *card, int index)> show;
-    /// A number for the lines that the record's card has: all cards of one shape are equally high.
-    std::function<int(int index)> shape;
-    /// Whether the record's card now has a control that can have the focus.
-    std::function<bool(int index)> hasControls;
-};
 
 /// A page of cards that scrolls vertically: adaptive columns, in list order.
 ///
-/// Cards exist only for the rows in view and near it and are used again for other records, so that a list
-/// costs a few bytes a record. The page is tilted when it is first shown and swings into place; later,
-/// cards that come, go, move or change size glide, a new change taking over from where they are. Scrolling,
-/// resizing and the first filling do not animate, nor does anything in a style without animations.
+/// Cards are widgets and not painted by an item view's delegate: their controls take clicks and the focus,
+/// have tool tips, and are known to assistive technology. They exist only for the rows in view and near it
+/// and are used again for other records, so that a list costs a few bytes a record.
 ///
 /// The grid is one stop in the window's tab chain, where the keys scroll; from there Tab goes through the
-/// controls of all cards in list order, scrolling as needed.
+/// controls of all cards (CardFocus). It animates when it first appears and when the list changes
+/// (CardTransition), but not when it is scrolled, resized or first filled.
 class CardGrid : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -47,22 +26,26 @@ class CardGrid : public QAbstractScrollArea
 public:
     /// `shadowRadius`: that of every card, in device-independent pixels.
     CardGrid(CardSource source, int shadowRadius, QWidget *parent = nullptr);
-    ~CardGrid() override;
 
     /// The card that shows the record of that id, or null when it is out of view.
-    Card *card(const QString &id) const;
+    Card *card(const QString &id) const { return pool.card(id); }
 
-    /// True until the cards have come to rest.
-    bool isMoving() const;
+    /// The first card of the first row in view, and the last one of the row below the view.
+    int firstInView() const;
+    int lastNearView() const;
 
     /// Looks at the list again and touches what differs. While the page is hidden that waits until it shows.
     void refresh();
 
+    /// Refreshes if the list has got longer or shorter, its refresh still to come. False while the page is
+    /// hidden and differs from the list.
+    bool bringUpToDate();
+
     /// Scrolls by as little as it takes to have the whole card of a record in view.
-    void reveal(int index);
+    void ensureVisible(int index);
 
     /// Whether changes may animate where the style allows it; true at creation.
-    void setAnimated(bool animated);
+    void setAnimated(bool animated) { transition.setEnabled(animated); }
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -76,69 +59,33 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
-    /// A card in use, and where it is drawn, in page coordinates, when the present movement begins.
-    struct Place
-    {
-        Card *card = nullptr;
-        QString id;
-        QRect start;
-        double startOpacity = 1;
-    };
-
-    /// The picture of a card that has left the view, until it has faded.
-    struct Ghost
-    {
-        QPixmap picture;
-        QRect rect;
-        double startOpacity = 1;
-    };
-
-    /// What a movement starts from. `scrolled` is by how much the page has moved under the view since.
-    struct Before
+    /// What a transition starts from. `scrolled` is by how much the page has moved under the view since.
+    struct Snapshot
     {
         QStringList ids;
         GridGeometry geometry;
-        int scrolled = 0;
+        int scrolled;
     };
 
     int top() const;
-    double progress() const;
-    QRect drawnRect(size_t place) const;
-    double drawnOpacity(size_t place) const;
-    int indexWithFocus() const;
-    bool canAnimate() const;
+    QRect drawnRect(int index) const;
 
     void rebuild(bool animate);
-    void arrange();
-    int heightOf(int index);
-    void freeze(int scrolled);
-    void fill(const Before *before = nullptr);
-    void fillOrRefresh();
-    Place newPlace(int index, const Before *before);
-    void release(const Place &place, bool leaveGhost);
-    Card *takeSpare();
-    void orderChildren();
+    QStringList readIds() const;
+    GridGeometry layOut(int count);
+    void startTransition(int scrolled);
+    void fillView();
+    void populate(const Snapshot *before = nullptr);
+    void release(Card *card, bool fadeOut);
+    void setStart(int index, const Snapshot &before);
     void placeCards();
-    void finishMovement();
-    void startTilt();
-    void finishTilt();
-    QWidget *neighbourControl(bool next);
-    QWidget *controlFrom(int index, int step);
 
     CardSource source;
     CardShadow shadow;
     QStringList ids;
     GridGeometry geometry;
-    /// The cards of the records from `firstPlace` on, in list order.
-    std::vector<Place> places;
-    int firstPlace = 0;
-    std::vector<Card *> spares;
-    std::vector<Ghost> ghosts;
-    /// The height of the cards of each shape.
-    QHash<int, int> heights;
-    QVariantAnimation movement;
-    QVariantAnimation tilt;
-    bool isAnimated = true;
-    bool isArranging = false;
-    bool hasAppeared = false;
+    CardPool pool;
+    CardTransition transition;
+    CardFocus focus;
+    bool isLayingOut = false;
 };

@@ -12,7 +12,7 @@ namespace {
 CardSource sourceOf(const Environment &environment)
 {
     CardSource source = recordSource<PlanItem>(environment, environment.planStore.plans);
-    source.shape = [&store = environment.planStore](int index) {
+    source.heightClass = [&store = environment.planStore](int index) {
         return int(store.plans->at(index).isPlaying);
     };
     source.hasControls = [environment](int index) {

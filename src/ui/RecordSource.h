@@ -13,7 +13,7 @@ CardSource recordSource(const Environment &environment, const Published<QList<Re
         .id = [&records](int index) { return records->at(index).id; },
         .create = [environment] { return new Item(environment); },
         .show = [&records](Card *card, int index) { static_cast<Item *>(card)->show(records->at(index)); },
-        .shape = [](int) { return 0; },
+        .heightClass = [](int) { return 0; },
         .hasControls = [&appStore = environment.appStore](int) { return appStore.isEditMode.value(); },
     };
 }
