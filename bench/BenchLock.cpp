@@ -105,8 +105,8 @@ struct Belfry
     PlanStore plans{base.db};
     HolidayStore holidays{base.db};
     HistoryStore history{base.db, clock};
-    FakePlayer::Stage stage;
-    AVPlayer player{stage, Resources(QString())};
+    FakePlayerFactory players;
+    AVPlayer player{players, Resources(QString())};
     Scheduler scheduler{clock, plans, holidays, history, player};
     TickTimer timer{clock, scheduler};
 };
@@ -132,11 +132,11 @@ Outcome ring(qint64 lock, Writer writer, unsigned number)
         if (writer == Writer::User)
             belfry.holidays.addHoliday({.id = u"1"_s});
         else
-            belfry.stage.sounding->stop();
+            belfry.players.playing->stop();
     });
-    while (belfry.stage.played.size() < 2 && belfry.clock.now() < begin.addSecs(6))
+    while (belfry.players.played.size() < 2 && belfry.clock.now() < begin.addSecs(6))
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    if (belfry.stage.played.size() < 2)
+    if (belfry.players.played.size() < 2)
         return Lost;
     return begin.msecsTo(belfry.clock.now()) < 300 ? InTime : Late;
 }

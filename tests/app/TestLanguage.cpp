@@ -72,24 +72,24 @@ private Q_SLOTS:
     {
         QFETCH(QString, name);
         const Language language(resources, {name});
-        MainWindow desk;
-        desk.addPlan(u"1"_s);
-        desk.open();
-        desk.appStore.isEditMode = true;
-        const auto buttons = desk.toolBar()->findChildren<QToolButton *>();
+        MainWindow window;
+        window.addPlan(u"1"_s);
+        window.open();
+        window.appStore.isEditMode = true;
+        const auto buttons = window.toolBar()->findChildren<QToolButton *>();
         const auto isShown = [](const QToolButton *button) {
             return button->isVisible() || button->text().isEmpty();
         };
         QTRY_VERIFY(std::all_of(buttons.begin(), buttons.end(), isShown));
-        QVERIFY(desk.list()->sizeHintForColumn(0) <= desk.list()->viewport()->width());
-        QCOMPARE(cut(desk.window), QStringList());
-        for (const auto *label : desk.card(u"1"_s)->findChildren<ElidedLabel *>())
-            QVERIFY(label->font().pointSizeF() >= desk.window.font().pointSizeF() * 0.8);
+        QVERIFY(window.list()->sizeHintForColumn(0) <= window.list()->viewport()->width());
+        QCOMPARE(cut(window.view), QStringList());
+        for (const auto *label : window.card(u"1"_s)->findChildren<ElidedLabel *>())
+            QVERIFY(label->font().pointSizeF() >= window.view.font().pointSizeF() * 0.8);
 
-        desk.planStore.showPlanEdit = true;
-        QVERIFY(desk.dialog());
-        QCOMPARE(cut(*desk.dialog()), QStringList());
-        for (auto *button : desk.dialog()->findChildren<QPushButton *>()) {
+        window.planStore.showPlanEdit = true;
+        QVERIFY(window.dialog());
+        QCOMPARE(cut(*window.dialog()), QStringList());
+        for (auto *button : window.dialog()->findChildren<QPushButton *>()) {
             const QImage picture = button->grab().toImage();
             const auto column = [&](int x) { return picture.copy(x, 6, 1, button->height() - 12); };
             QCOMPARE(column(3), column(4)); // nothing touches the frame

@@ -17,8 +17,8 @@ class TestAVPlayer final : public QObject
 
 private:
     const QTemporaryDir folder;
-    FakePlayer::Stage stage;
-    AVPlayer player{stage, Resources(folder.filePath(u"share"_s))};
+    FakePlayerFactory players;
+    AVPlayer player{players, Resources(folder.filePath(u"share"_s))};
 
     QString makeFile(const QString &name) const
     {
@@ -45,7 +45,7 @@ private Q_SLOTS:
         ::unlink(notUtf8.constData());
         // What is missing is for the player to report.
         player.play(u"chime"_s, false);
-        QCOMPARE(stage.played,
+        QCOMPARE(players.played,
                  (QStringList{oddName, resource, u"chime.wav"_s, QFile::decodeName(notUtf8), u"chime"_s}));
     }
 
@@ -55,7 +55,7 @@ private Q_SLOTS:
         const auto playing = player.player.value();
         QCOMPARE(printedBy([this] { player.play(makeFile(u"broken.wav"_s), false); }), {u"错误: no audio"_s});
         QCOMPARE(player.player.value(), playing);
-        QCOMPARE(stage.sounding, playing.get());
+        QCOMPARE(players.playing, playing.get());
     }
 };
 

@@ -21,7 +21,7 @@ public:
     {
         for (const QString &moment : moments.split(u", "_s)) {
             if (moment == u"ends")
-                stage.sounding->stop();
+                players.playing->stop();
             else
                 clock.set(
                     qPrintable(clock.now().toString(u"yyyy-MM-dd "_s).first(19 - moment.size()) + moment));
@@ -37,7 +37,7 @@ public:
             if (plan.isPlaying)
                 marked += plan.title;
         }
-        const QString heard = stage.sounding ? QFileInfo(stage.played.last()).completeBaseName() : u"-"_s;
+        const QString heard = players.playing ? QFileInfo(players.played.last()).completeBaseName() : u"-"_s;
         return heard + u" ["_s + marked.join(u',') + u']';
     }
 
@@ -109,8 +109,8 @@ private Q_SLOTS:
         timetable.addPlan(u"Bell"_s, u"08:00"_s, u"08:30"_s, u"0123456"_s);
         timetable.planStore.plans.modify([](QList<Plan> &plans) { plans.first().isLoop = true; });
         timetable.tickAt(u"08:00:00"_s);
-        QCOMPARE(timetable.stage.sounding->numberOfLoops(), 100);
-        timetable.stage.sounding->setCurrentTime(61.5);
+        QCOMPARE(timetable.players.playing->numberOfLoops(), 100);
+        timetable.players.playing->setCurrentTime(61.5);
         timetable.tickAt(u"08:00:30, ends, 08:30:00"_s);
         const AVPlayer &player = timetable.avPlayer;
         QCOMPARE(player.currentTime + u' ' + player.durationTime.value(), u"01:01 01:30"_s);
@@ -136,7 +136,7 @@ private Q_SLOTS:
         timetable.addPlan(u"B"_s);
         QCOMPARE(toggle(0), u"A [A]"_s);
         QCOMPARE(toggle(1), u"B [B]"_s);
-        timetable.stage.sounding->setCurrentTime(30);
+        timetable.players.playing->setCurrentTime(30);
         QCOMPARE(toggle(1), u"- []"_s);
         QCOMPARE(timetable.avPlayer.player.value()->currentTime(), 30.0);
         QCOMPARE(timetable.log(), (QStringList{u"A 08:00:00 - 08:00:01"_s, u"B 08:00:01 - 08:00:02"_s}));

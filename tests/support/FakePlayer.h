@@ -4,53 +4,55 @@
 
 #include <QStringList>
 
-/// A player that plays for as long as the test wants.
-class FakePlayer final : public AVAudioPlayer
+/// Makes fake players, and records what they do. A path that contains "broken" cannot be opened.
+class FakePlayerFactory final : public AVAudioPlayerFactory
 {
 public:
-    /// Makes fakes, and records what they do. A path that contains "broken" cannot be opened.
-    struct Stage final : AVAudioPlayerFactory
-    {
-        std::unique_ptr<AVAudioPlayer> makePlayer(const QString &path, QString &error) override
-        {
-            if (!path.isEmpty() && !path.contains(QStringLiteral("broken")))
-                return std::make_unique<FakePlayer>(*this, path);
-            ++failures;
-            error = QStringLiteral("no audio");
-            return nullptr;
-        }
+    std::unique_ptr<AVAudioPlayer> makePlayer(const QString &path, QString &error) override;
 
-        QStringList played; ///< The paths played, in order.
-        FakePlayer *sounding = nullptr;
-        int failures = 0;
-    };
+    QStringList played;               ///< The paths played, in order.
+    AVAudioPlayer *playing = nullptr; ///< The player that plays now; null when none does.
+};
 
-    FakePlayer(Stage &stage, const QString &path) : stage(stage), path(path) {}
-    ~FakePlayer() override { stop(); }
+/// A player that plays until it is stopped or another one plays. Its file is 90.5 seconds long.
+class FakePlayer final : public AVAudioPlayer
+{
     Q_DISABLE_COPY_MOVE(FakePlayer)
 
-    bool isPlaying() const override { return stage.sounding == this; }
+public:
+    FakePlayer(FakePlayerFactory &factory, const QString &path) : factory(factory), path(path) {}
+    ~FakePlayer() override { stop(); }
+
+    bool isPlaying() const override { return factory.playing == this; }
     double currentTime() const override { return position; }
     double duration() const override { return 90.5; }
     int numberOfLoops() const override { return loops; }
     bool play() override
     {
-        stage.sounding = this;
-        stage.played += path;
+        factory.playing = this;
+        factory.played += path;
         return true;
     }
     void stop() override
     {
         if (isPlaying())
-            stage.sounding = nullptr;
+            factory.playing = nullptr;
     }
     void setCurrentTime(double seconds) override { position = seconds; }
     void setNumberOfLoops(int count) override { loops = count; }
     void setDelegate(AVAudioPlayerDelegate * /*delegate*/) override {}
 
 private:
-    Stage &stage;
+    FakePlayerFactory &factory;
     QString path;
     double position = 0;
     int loops = 0;
 };
+
+inline std::unique_ptr<AVAudioPlayer> FakePlayerFactory::makePlayer(const QString &path, QString &error)
+{
+    if (!path.isEmpty() && !path.contains(QStringLiteral("broken")))
+        return std::make_unique<FakePlayer>(*this, path);
+    error = QStringLiteral("no audio");
+    return nullptr;
+}

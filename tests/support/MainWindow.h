@@ -40,10 +40,10 @@ public:
 
     void open(bool animated = false)
     {
-        for (CardGrid *grid : window.findChildren<CardGrid *>())
+        for (CardGrid *grid : view.findChildren<CardGrid *>())
             grid->setAnimated(animated);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        view.show();
+        QVERIFY(QTest::qWaitForWindowActive(&view));
     }
 
     void openInEditMode()
@@ -57,11 +57,11 @@ public:
     void tick(const char *time)
     {
         clock.set(qPrintable(QStringLiteral("2026-03-02 ") + QString::fromLatin1(time)));
-        window.findChild<TickTimer *>()->fire();
+        view.findChild<TickTimer *>()->fire();
     }
 
-    QToolBar *toolBar() const { return window.findChild<QToolBar *>(); }
-    QListWidget *list() const { return window.findChild<QListWidget *>(); }
+    QToolBar *toolBar() const { return view.findChild<QToolBar *>(); }
+    QListWidget *list() const { return view.findChild<QListWidget *>(); }
 
     /// The column of the sidebar, and in it the line of the clock.
     QWidget *column() const { return list()->parentWidget(); }
@@ -75,13 +75,13 @@ public:
         QTest::mouseClick(list()->viewport(), Qt::LeftButton, modifiers,
                           list()->visualItemRect(row).center());
         if (!modifiers)
-            QTRY_VERIFY(control<CardGrid>(&window, text));
+            QTRY_VERIFY(control<CardGrid>(&view, text));
     }
 
     /// The card of that title on the screen that is shown; null when there is none.
     Card *card(const QString &title) const
     {
-        const auto cards = window.findChildren<Card *>();
+        const auto cards = view.findChildren<Card *>();
         const auto found = std::find_if(cards.begin(), cards.end(), [&title](const Card *card) {
             return card->isVisible() && card->title() == title;
         });
@@ -92,7 +92,7 @@ public:
     template<typename Dialog = QDialog>
     QPointer<Dialog> dialog() const
     {
-        const auto find = [this] { return window.findChild<Dialog *>(); };
+        const auto find = [this] { return view.findChild<Dialog *>(); };
         const auto hasFocus = [&] { return find() && find()->isAncestorOf(QApplication::focusWidget()); };
         return QTest::qWaitFor(hasFocus) ? find() : nullptr;
     }
@@ -100,12 +100,12 @@ public:
     /// Waits until the panels have gone and the window takes input again.
     void closeDialogs() const
     {
-        QTRY_VERIFY(!window.findChild<QDialog *>());
+        QTRY_VERIFY(!view.findChild<QDialog *>());
         QTRY_VERIFY(toolBar()->isEnabled());
     }
 
     AppStore appStore;
-    ContentView window{{appStore, planStore, holidayStore, historyStore, avPlayer, clock}};
+    ContentView view{{appStore, planStore, holidayStore, historyStore, avPlayer, clock}};
 };
 
 /// Presses a key where the focus is.

@@ -44,9 +44,9 @@ struct SharedObjects
     const Resources resources{folder.path()};
     const TemplateDatabase base;
     FakeClock clock;
-    FakePlayer::Stage stage;
+    FakePlayerFactory players;
     PlanStore planStore{base.db};
     HolidayStore holidayStore{base.db};
     HistoryStore historyStore{base.db, clock};
-    AVPlayer avPlayer{stage, resources};
+    AVPlayer avPlayer{players, resources};
 };

@@ -17,10 +17,10 @@ const QStringList allScreens{u"Plan"_s, u"Holiday"_s, u"History"_s};
 const QString editButtons = u"Toggle Sidebar|Delete|Select All|Add Plan|Add Holiday|Finish"_s;
 
 // The buttons that are shown, in their order.
-QString buttons(const MainWindow &desk)
+QString buttons(const MainWindow &window)
 {
     QStringList names;
-    for (const QToolButton *button : desk.toolBar()->findChildren<QToolButton *>()) {
+    for (const QToolButton *button : window.toolBar()->findChildren<QToolButton *>()) {
         if (button->isVisible())
             names << button->text();
     }
@@ -28,7 +28,7 @@ QString buttons(const MainWindow &desk)
 }
 
 // The checked ones of all three lists: "ab|a||".
-QString checked(const MainWindow &desk)
+QString checked(const MainWindow &window)
 {
     QString titles;
     const auto add = [&titles](const auto &records) {
@@ -36,19 +36,19 @@ QString checked(const MainWindow &desk)
             titles += record.isChecked ? record.title : QString();
         titles += u'|';
     };
-    add(desk.planStore.plans);
-    add(desk.holidayStore.holidays);
-    add(desk.historyStore.historys);
+    add(window.planStore.plans);
+    add(window.holidayStore.holidays);
+    add(window.historyStore.historys);
     return titles;
 }
 
 // Adds an entry of each title to all three lists, in this order.
-void addToAllLists(MainWindow &desk, const QString &titles)
+void addToAllLists(MainWindow &window, const QString &titles)
 {
     for (qsizetype i = 0; i < titles.size(); ++i) {
-        desk.addPlan(titles[i], u"1%1:00"_s.arg(i));
-        desk.addHoliday(titles[i], u"2024-09-1%1"_s.arg(i));
-        desk.historyStore.addHistory(titles[i]);
+        window.addPlan(titles[i], u"1%1:00"_s.arg(i));
+        window.addHoliday(titles[i], u"2024-09-1%1"_s.arg(i));
+        window.historyStore.addHistory(titles[i]);
     }
 }
 
@@ -74,141 +74,141 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, screens);
         QFETCH(QString, symbol);
-        MainWindow desk;
-        addToAllLists(desk, u"ab"_s);
-        desk.open();
-        QCOMPARE(buttons(desk), u"Toggle Sidebar|Edit"_s);
-        QVERIFY(click(desk.toolBar(), u"Edit"_s));
-        QTRY_COMPARE(buttons(desk), editButtons);
+        MainWindow window;
+        addToAllLists(window, u"ab"_s);
+        window.open();
+        QCOMPARE(buttons(window), u"Toggle Sidebar|Edit"_s);
+        QVERIFY(click(window.toolBar(), u"Edit"_s));
+        QTRY_COMPARE(buttons(window), editButtons);
         for (const QString &screen : allScreens) {
-            desk.chooseScreen(screen);
-            QTRY_VERIFY(desk.card(u"a"_s));
-            QVERIFY(click(desk.card(u"a"_s), u"Select"_s));
+            window.chooseScreen(screen);
+            QTRY_VERIFY(window.card(u"a"_s));
+            QVERIFY(click(window.card(u"a"_s), u"Select"_s));
         }
         for (const QString &screen : allScreens) {
             if (screens.contains(screen) != (screen == allScreens.last()))
-                desk.chooseScreen(screen, Qt::ControlModifier);
+                window.chooseScreen(screen, Qt::ControlModifier);
         }
-        QCOMPARE(checked(desk), u"a|a|a|"_s);
-        QVERIFY(click(desk.toolBar(), u"Select All"_s));
-        QTRY_COMPARE(control<QToolButton>(desk.toolBar(), u"Select All"_s)->icon().name(), symbol);
-        QTEST(checked(desk), "afterSelectAll");
+        QCOMPARE(checked(window), u"a|a|a|"_s);
+        QVERIFY(click(window.toolBar(), u"Select All"_s));
+        QTRY_COMPARE(control<QToolButton>(window.toolBar(), u"Select All"_s)->icon().name(), symbol);
+        QTEST(checked(window), "afterSelectAll");
 
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) { // neither deletes anything
-            QVERIFY(click(desk.toolBar(), u"Delete"_s));
-            QCOMPARE(desk.dialog()->accessibleDescription(), u"Delete the selected data?"_s);
+            QVERIFY(click(window.toolBar(), u"Delete"_s));
+            QCOMPARE(window.dialog()->accessibleDescription(), u"Delete the selected data?"_s);
             press(key);
-            desk.closeDialogs();
+            window.closeDialogs();
         }
-        QTEST(checked(desk), "afterSelectAll");
-        QVERIFY(click(desk.toolBar(), u"Delete"_s));
-        QVERIFY(click(desk.dialog(), u"Delete"_s));
-        QTEST(desk.base
+        QTEST(checked(window), "afterSelectAll");
+        QVERIFY(click(window.toolBar(), u"Delete"_s));
+        QVERIFY(click(window.dialog(), u"Delete"_s));
+        QTEST(window.base
                   .rows(u"select (select count(*) from plan), (select count(*) from holiday),"
                         " (select count(*) from history)"_s)
                   .first(),
               "afterDelete");
-        QCOMPARE(buttons(desk), editButtons);
+        QCOMPARE(buttons(window), editButtons);
     }
 
     void shortcuts_standForTheButtonsThatAreShown()
     {
-        MainWindow desk;
-        addToAllLists(desk, u"a"_s);
-        desk.open();
+        MainWindow window;
+        addToAllLists(window, u"a"_s);
+        window.open();
         const auto pressAll = [] {
             press(Qt::Key_A, Qt::ControlModifier);
             press(Qt::Key_N, Qt::ControlModifier);
             press(Qt::Key_Delete);
             QCoreApplication::processEvents();
         };
-        desk.window.findChild<PlanView *>()->setFocus();
+        window.view.findChild<PlanView *>()->setFocus();
         pressAll();
-        desk.list()->setFocus();
+        window.list()->setFocus();
         pressAll();
-        QCOMPARE(desk.list()->selectedItems().size(), 1);
-        QCOMPARE(checked(desk), u"|||"_s);
-        QVERIFY(!desk.window.findChild<QDialog *>());
+        QCOMPARE(window.list()->selectedItems().size(), 1);
+        QCOMPARE(checked(window), u"|||"_s);
+        QVERIFY(!window.view.findChild<QDialog *>());
 
         press(Qt::Key_E, Qt::ControlModifier);
-        QTRY_COMPARE(buttons(desk), editButtons);
+        QTRY_COMPARE(buttons(window), editButtons);
         press(Qt::Key_A, Qt::ControlModifier);
-        QCOMPARE(checked(desk), u"a|||"_s);
+        QCOMPARE(checked(window), u"a|||"_s);
 
         // Under an editor the keys are those of its fields, and the window takes no clicks.
         press(Qt::Key_N, Qt::ControlModifier);
-        QVERIFY(type(desk.dialog<PlanEdit>(), u"Title:"_s, u"New"_s));
-        const auto inOrder = desk.dialog()->findChildren<QWidget *>(); // assistive technology reads it so
-        QVERIFY(inOrder.indexOf(control(desk.dialog(), u"Title:"_s)) <
-                inOrder.indexOf(control(desk.dialog(), u"Add"_s)));
+        QVERIFY(type(window.dialog<PlanEdit>(), u"Title:"_s, u"New"_s));
+        const auto inOrder = window.dialog()->findChildren<QWidget *>(); // assistive technology reads it so
+        QVERIFY(inOrder.indexOf(control(window.dialog(), u"Title:"_s)) <
+                inOrder.indexOf(control(window.dialog(), u"Add"_s)));
         pressAll();
         press(Qt::Key_E, Qt::ControlModifier);
-        const auto *finish = control(desk.toolBar(), u"Finish"_s);
-        QTest::mouseDClick(desk.window.windowHandle(), Qt::LeftButton, {},
-                           finish->mapTo(&desk.window, finish->rect().center()));
-        QCOMPARE(desk.window.findChildren<QDialog *>().size(), 1);
-        QCOMPARE(checked(desk), u"a|||"_s);
-        QVERIFY(!desk.window.close()); // but the editor
-        desk.closeDialogs();
-        QCOMPARE(buttons(desk), editButtons);
+        const auto *finish = control(window.toolBar(), u"Finish"_s);
+        QTest::mouseDClick(window.view.windowHandle(), Qt::LeftButton, {},
+                           finish->mapTo(&window.view, finish->rect().center()));
+        QCOMPARE(window.view.findChildren<QDialog *>().size(), 1);
+        QCOMPARE(checked(window), u"a|||"_s);
+        QVERIFY(!window.view.close()); // but the editor
+        window.closeDialogs();
+        QCOMPARE(buttons(window), editButtons);
         press(Qt::Key_Delete);
-        QVERIFY(click(desk.dialog(), u"Delete"_s));
-        desk.closeDialogs();
-        QTRY_VERIFY(!desk.card(u"a"_s));
+        QVERIFY(click(window.dialog(), u"Delete"_s));
+        window.closeDialogs();
+        QTRY_VERIFY(!window.card(u"a"_s));
         press(Qt::Key_E, Qt::ControlModifier);
-        QTRY_COMPARE(buttons(desk), u"Toggle Sidebar|Edit"_s);
+        QTRY_COMPARE(buttons(window), u"Toggle Sidebar|Edit"_s);
     }
 
     void window_isOnTheScreenAndHasItsSizesAndItsColumn()
     {
-        MainWindow desk;
-        addToAllLists(desk, u"abcdefghij"_s); // so many that the pages scroll
-        desk.open();
-        QCOMPARE(desk.column()->width(), 120);
-        const QRect screenArea = desk.window.screen()->geometry();
+        MainWindow window;
+        addToAllLists(window, u"abcdefghij"_s); // so many that the pages scroll
+        window.open();
+        QCOMPARE(window.column()->width(), 120);
+        const QRect screenArea = window.view.screen()->geometry();
         QVERIFY(screenArea.width() < 960);
-        QCOMPARE(desk.window.x(), screenArea.x());
-        const int fromMiddle = desk.window.geometry().center().y() - screenArea.center().y();
+        QCOMPARE(window.view.x(), screenArea.x());
+        const int fromMiddle = window.view.geometry().center().y() - screenArea.center().y();
         QVERIFY(qAbs(fromMiddle) < 50); // the title bar is in the picture
-        QTRY_VERIFY(desk.card(u"c"_s)->y() == desk.card(u"a"_s)->y());
-        desk.window.resize(100, 100);
-        QTRY_COMPARE(desk.window.size(), QSize(960, 488));
-        QFont large = desk.window.font();
+        QTRY_VERIFY(window.card(u"c"_s)->y() == window.card(u"a"_s)->y());
+        window.view.resize(100, 100);
+        QTRY_COMPARE(window.view.size(), QSize(960, 488));
+        QFont large = window.view.font();
         large.setPointSize(26);
-        desk.window.setFont(large);
-        desk.appStore.isEditMode = true;
-        QTRY_COMPARE(buttons(desk), editButtons); // none hidden for want of room
+        window.view.setFont(large);
+        window.appStore.isEditMode = true;
+        QTRY_COMPARE(buttons(window), editButtons); // none hidden for want of room
     }
 
     void sidebar_changesOnlyByItsRows()
     {
-        MainWindow desk;
-        desk.open();
-        QWidget *area = desk.list()->viewport();
-        const QPoint row = desk.list()->visualItemRect(desk.list()->item(2)).center();
+        MainWindow window;
+        window.open();
+        QWidget *area = window.list()->viewport();
+        const QPoint row = window.list()->visualItemRect(window.list()->item(2)).center();
         const QPoint empty = area->rect().bottomLeft() + QPoint(20, -20);
         QTest::mouseClick(area, Qt::LeftButton, {}, row);
         QTest::mouseClick(area, Qt::LeftButton, {}, empty);
         QTest::mousePress(area, Qt::LeftButton, {}, empty);
-        QTest::mouseMove(area, desk.list()->visualItemRect(desk.list()->item(0)).center());
+        QTest::mouseMove(area, window.list()->visualItemRect(window.list()->item(0)).center());
         QTest::mouseRelease(area, Qt::LeftButton, {}, empty);
-        QCOMPARE(desk.appStore.selection.value(), QSet{NavigationItem::historyView});
+        QCOMPARE(window.appStore.selection.value(), QSet{NavigationItem::historyView});
         QTest::mouseClick(area, Qt::LeftButton, Qt::ControlModifier, row);
-        QVERIFY(desk.appStore.selection->isEmpty());
+        QVERIFY(window.appStore.selection->isEmpty());
     }
 
     void focusFrame_isForTheKeyboard()
     {
-        MainWindow desk;
-        desk.open();
-        auto *screen = desk.window.findChild<PlanView *>();
+        MainWindow window;
+        window.open();
+        auto *screen = window.view.findChild<PlanView *>();
         const auto isFramed = [screen] {
             const QImage picture = screen->grab().toImage();
             return picture.pixelColor(0, 99) != picture.pixelColor(9, 99);
         };
-        desk.list()->setFocus();
+        window.list()->setFocus();
         for (const bool isShown : {false, true}) {
-            QVERIFY(click(desk.toolBar(), u"Toggle Sidebar"_s));
+            QVERIFY(click(window.toolBar(), u"Toggle Sidebar"_s));
             QTRY_COMPARE(screen->width() < 960, isShown);
             QVERIFY(screen->hasFocus() && !isFramed());
         }
@@ -218,44 +218,44 @@ private Q_SLOTS:
 
     void timetable_goesOnUnderEditorsAndAlerts_whichComeAgain()
     {
-        MainWindow desk;
-        desk.addPlan(u"A"_s);
-        desk.openInEditMode();
-        desk.clock.advance(950 - 3000); // from its first tick on the window's own timer fires every 50 ms
+        MainWindow window;
+        window.addPlan(u"A"_s);
+        window.openInEditMode();
+        window.clock.advance(950 - 3000); // from its first tick on the window's own timer fires every 50 ms
         for (const auto &button :
              {u"Add Plan"_s, u"Add Holiday"_s, u"Delete"_s, u"Add Plan"_s, u"Add Holiday"_s}) {
-            QVERIFY(!desk.stage.sounding);
-            QVERIFY(click(desk.toolBar(), button));
-            QVERIFY(desk.dialog());
-            const QString before = desk.clockLine()->text();
-            desk.clock.advance(1000);
-            QTRY_VERIFY(desk.clockLine()->text() != before);
-            if (desk.clock.now().time() < QTime(8, 0)) {
+            QVERIFY(!window.players.playing);
+            QVERIFY(click(window.toolBar(), button));
+            QVERIFY(window.dialog());
+            const QString before = window.clockLine()->text();
+            window.clock.advance(1000);
+            QTRY_VERIFY(window.clockLine()->text() != before);
+            if (window.clock.now().time() < QTime(8, 0)) {
                 press(Qt::Key_Escape);
-                desk.closeDialogs();
+                window.closeDialogs();
             }
         }
-        QTRY_VERIFY(control(desk.card(u"A"_s), u"Stop"_s));
-        QVERIFY(desk.dialog<HolidayEdit>() && desk.stage.sounding);
+        QTRY_VERIFY(control(window.card(u"A"_s), u"Stop"_s));
+        QVERIFY(window.dialog<HolidayEdit>() && window.players.playing);
     }
 
     void tab_visitsEverything()
     {
         const QString stops = u"Edit|Stop|Select|Edit|Play|Select|"_s + editButtons;
-        MainWindow desk;
-        addToAllLists(desk, u"ab"_s);
-        const Plan a = desk.planStore.plans->first();
-        desk.planStore.togglePlaying(a);
-        desk.avPlayer.play(a.content, false);
-        desk.openInEditMode();
-        QTRY_COMPARE(buttons(desk), editButtons);
-        desk.list()->setFocus();
+        MainWindow window;
+        addToAllLists(window, u"ab"_s);
+        const Plan a = window.planStore.plans->first();
+        window.planStore.togglePlaying(a);
+        window.avPlayer.play(a.content, false);
+        window.openInEditMode();
+        QTRY_COMPARE(buttons(window), editButtons);
+        window.list()->setFocus();
         QStringList visited;
         do {
             visited << QAccessible::queryAccessibleInterface(QApplication::focusWidget())
                            ->text(QAccessible::Name);
             press(Qt::Key_Tab);
-        } while (!desk.list()->hasFocus() && visited.size() < 20);
+        } while (!window.list()->hasFocus() && visited.size() < 20);
         QCOMPARE(visited.join(u'|'), u"Screens|Plan|"_s + stops);
     }
 };

@@ -34,26 +34,26 @@ Holiday autumn()
 }
 
 // An editor over a window, with the stores and the database under it.
-class Desk final : public SharedObjects
+class EditorWindow final : public SharedObjects
 {
-    Q_DISABLE_COPY_MOVE(Desk)
+    Q_DISABLE_COPY_MOVE(EditorWindow)
 
 public:
-    Desk() : SharedObjects("2026-03-29 07:05:42") { window.show(); }
+    EditorWindow() : SharedObjects("2026-03-29 07:05:42") { view.show(); }
 
-    void addPlan() { open(new PlanEdit(planStore, clock, &window)); }
-    void addHoliday() { open(new HolidayEdit(holidayStore, clock, &window)); }
+    void addPlan() { open(new PlanEdit(planStore, clock, &view)); }
+    void addHoliday() { open(new HolidayEdit(holidayStore, clock, &view)); }
 
     /// Opens the editor for a record, once that is stored.
     void edit(const Plan &plan)
     {
         QVERIFY(planStore.addPlan(plan));
-        open(new PlanEdit(planStore, clock, plan, &window));
+        open(new PlanEdit(planStore, clock, plan, &view));
     }
     void edit(const Holiday &holiday)
     {
         QVERIFY(holidayStore.addHoliday(holiday));
-        open(new HolidayEdit(holidayStore, clock, holiday, &window));
+        open(new HolidayEdit(holidayStore, clock, holiday, &view));
     }
 
     QAbstractSpinBox *field(const QString &name) const { return control<QAbstractSpinBox>(editor, name); }
@@ -65,10 +65,10 @@ private:
     {
         editor = opened;
         editor->open();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&view));
     }
 
-    QWidget window;
+    QWidget view;
 };
 
 void rollWheel(QWidget *widget, int notches)
@@ -90,26 +90,26 @@ private Q_SLOTS:
 
     void newPlan_playsOnWorkingDaysFromNow()
     {
-        Desk desk;
-        desk.addPlan();
-        QVERIFY(control(desk.editor, u"Title:"_s)->hasFocus());
+        EditorWindow window;
+        window.addPlan();
+        QVERIFY(control(window.editor, u"Title:"_s)->hasFocus());
         QTest::keyClicks(QApplication::focusWidget(), u"  Tom's  "_s);
-        QVERIFY(type(desk.editor, u"Music:"_s, u"/music/b.mp3"_s));
-        desk.clock.advance(3'600'000);
+        QVERIFY(type(window.editor, u"Music:"_s, u"/music/b.mp3"_s));
+        window.clock.advance(3'600'000);
         // A save that the database refuses keeps the sheet as it is.
-        desk.base.run(u"alter table plan rename to elsewhere"_s);
+        window.base.run(u"alter table plan rename to elsewhere"_s);
         {
             const LogCapture log;
-            QVERIFY(click(desk.editor, u"Add"_s));
+            QVERIFY(click(window.editor, u"Add"_s));
         }
-        QVERIFY(desk.editor->isVisible() && desk.planStore.plans->isEmpty());
-        desk.base.run(u"alter table elsewhere rename to plan"_s);
-        auto *add = qobject_cast<QAbstractButton *>(control(desk.editor, u"Add"_s));
+        QVERIFY(window.editor->isVisible() && window.planStore.plans->isEmpty());
+        window.base.run(u"alter table elsewhere rename to plan"_s);
+        auto *add = qobject_cast<QAbstractButton *>(control(window.editor, u"Add"_s));
         add->click();
         add->click(); // while the sheet closes
-        QTRY_VERIFY(!desk.editor);
-        QCOMPARE(desk.planStore.plans->size(), 1);
-        Plan stored = desk.planStore.plans->value(0);
+        QTRY_VERIFY(!window.editor);
+        QCOMPARE(window.planStore.plans->size(), 1);
+        Plan stored = window.planStore.plans->value(0);
         const QRegularExpression upperCaseUuid(u"^[0-9A-F]{8}-([0-9A-F]{4}-){3}[0-9A-F]{12}$"_s);
         QVERIFY(upperCaseUuid.match(std::exchange(stored.id, QString())).hasMatch());
         const Plan expected{.title = u"  Tom's  "_s,
@@ -127,13 +127,13 @@ private Q_SLOTS:
 
     void newHoliday_isToday()
     {
-        Desk desk;
-        desk.addHoliday();
-        QVERIFY(type(desk.editor, u"Title:"_s, u" "_s));
-        desk.clock.advance(86'400'000);
-        QVERIFY(click(desk.editor, u"Add"_s));
-        QTRY_VERIFY(!desk.editor);
-        const Holiday stored = desk.holidayStore.holidays->value(0);
+        EditorWindow window;
+        window.addHoliday();
+        QVERIFY(type(window.editor, u"Title:"_s, u" "_s));
+        window.clock.advance(86'400'000);
+        QVERIFY(click(window.editor, u"Add"_s));
+        QTRY_VERIFY(!window.editor);
+        const Holiday stored = window.holidayStore.holidays->value(0);
         QVERIFY(!stored.id.isEmpty());
         QCOMPARE(stored.title + stored.begin + stored.end, u" 2026-03-292026-03-29"_s);
     }
@@ -141,17 +141,17 @@ private Q_SLOTS:
     void existingPlan_isChangedInPlace_orNotAtAll()
     {
         for (const auto &button : {u"Modify"_s, u"Close"_s}) {
-            Desk desk;
-            desk.edit(evening());
-            QVERIFY(type(desk.editor, u"Title:"_s, u"Night"_s));
+            EditorWindow window;
+            window.edit(evening());
+            QVERIFY(type(window.editor, u"Title:"_s, u"Night"_s));
             for (const auto &choice : {u"Sun"_s, u"Sat"_s, u"No"_s})
-                QVERIFY(click(desk.editor, choice));
-            QVERIFY(type(desk.editor, u"Folder:"_s, u"/music/c.mp3"_s));
-            QVERIFY(click(desk.editor, u"Choose File"_s));
+                QVERIFY(click(window.editor, choice));
+            QVERIFY(type(window.editor, u"Folder:"_s, u"/music/c.mp3"_s));
+            QVERIFY(click(window.editor, u"Choose File"_s));
             QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
-            QTRY_VERIFY(!desk.editor->findChild<QFileDialog *>());
-            QVERIFY(click(desk.editor, button));
-            QTRY_VERIFY(!desk.editor);
+            QTRY_VERIFY(!window.editor->findChild<QFileDialog *>());
+            QVERIFY(click(window.editor, button));
+            QTRY_VERIFY(!window.editor);
             Plan expected = evening();
             if (button == u"Modify"_s) {
                 expected.title = u"Night"_s;
@@ -159,32 +159,32 @@ private Q_SLOTS:
                 expected.week0 = true;
                 expected.isLoop = expected.week6 = false;
             }
-            QCOMPARE(PlanStore(desk.base.db).plans.value(), QList{expected});
+            QCOMPARE(PlanStore(window.base.db).plans.value(), QList{expected});
         }
     }
 
     void save_namesTheFirstThingMissing()
     {
-        Desk desk;
-        desk.addPlan();
-        const auto missing = [&desk] {
-            click(desk.editor, u"Add"_s);
+        EditorWindow window;
+        window.addPlan();
+        const auto missing = [&window] {
+            click(window.editor, u"Add"_s);
             const QPointer alert = qobject_cast<QDialog *>(QApplication::focusWidget()->parent()->parent());
-            if (!alert || desk.editor->isEnabled())
+            if (!alert || window.editor->isEnabled())
                 return QString();
             const QString message = alert->windowTitle() + u": "_s + alert->accessibleDescription();
             click(alert, u"OK"_s);
-            return QTest::qWaitFor([&desk] { return desk.editor->isEnabled(); }) ? message : QString();
+            return QTest::qWaitFor([&window] { return window.editor->isEnabled(); }) ? message : QString();
         };
         for (const auto &day : {u"Mon"_s, u"Tue"_s, u"Wed"_s, u"Thu"_s, u"Fri"_s})
-            QVERIFY(click(desk.editor, day));
+            QVERIFY(click(window.editor, day));
         QCOMPARE(missing(), u"Tip: Please input the Title"_s);
-        QVERIFY(type(desk.editor, u"Title:"_s, u" "_s));
+        QVERIFY(type(window.editor, u"Title:"_s, u" "_s));
         QCOMPARE(missing(), u"Tip: Please select the Week"_s);
-        QVERIFY(click(desk.editor, u"Sat"_s));
+        QVERIFY(click(window.editor, u"Sat"_s));
         QCOMPARE(missing(), u"Tip: Please select the Music"_s);
-        QCOMPARE(control<QLineEdit>(desk.editor, u"Title:"_s)->text(), u" "_s);
-        QVERIFY(desk.planStore.plans->isEmpty());
+        QCOMPARE(control<QLineEdit>(window.editor, u"Title:"_s)->text(), u" "_s);
+        QVERIFY(window.planStore.plans->isEmpty());
     }
 
     void time_isTyped()
@@ -195,12 +195,12 @@ private Q_SLOTS:
             QStringList times;
             for (const auto &locale : {u"C"_s, u"ar_EG"_s, u"en_US"_s}) {
                 QLocale::setDefault(QLocale(locale));
-                Desk desk;
-                desk.edit(plan);
-                typeDigits(desk.editor, u"Begin:"_s, keys);
-                times << desk.field(u"Begin:"_s)->findChild<QLineEdit *>()->text();
-                click(desk.editor, u"Modify"_s);
-                times << desk.planStore.plans->first().begin;
+                EditorWindow window;
+                window.edit(plan);
+                typeDigits(window.editor, u"Begin:"_s, keys);
+                times << window.field(u"Begin:"_s)->findChild<QLineEdit *>()->text();
+                click(window.editor, u"Modify"_s);
+                times << window.planStore.plans->first().begin;
             }
             return times.removeDuplicates() == 5 ? times.first() : times.join(u' ');
         };
@@ -214,9 +214,9 @@ private Q_SLOTS:
 
     void time_followsTheMouseWheelAndTheArrows()
     {
-        Desk desk;
-        desk.edit(evening());
-        QWidget *begin = desk.field(u"Begin:"_s);
+        EditorWindow window;
+        window.edit(evening());
+        QWidget *begin = window.field(u"Begin:"_s);
         auto *line = begin->findChild<QLineEdit *>();
         rollWheel(begin, 1);
         QCOMPARE(line->text(), u"18:00"_s); // without the focus it stays
@@ -236,12 +236,12 @@ private Q_SLOTS:
             QLocale::setDefault(QLocale(QString::fromLatin1(locale)));
             Holiday holiday = autumn();
             holiday.begin = stored;
-            Desk desk;
-            desk.edit(holiday);
-            const QString shown = desk.field(u"Begin:"_s)->text();
-            typeDigits(desk.editor, u"Begin:"_s, keys);
-            click(desk.editor, u"Modify"_s);
-            return shown + u" -> "_s + desk.holidayStore.holidays->first().begin;
+            EditorWindow window;
+            window.edit(holiday);
+            const QString shown = window.field(u"Begin:"_s)->text();
+            typeDigits(window.editor, u"Begin:"_s, keys);
+            click(window.editor, u"Modify"_s);
+            return shown + u" -> "_s + window.holidayStore.holidays->first().begin;
         };
         QCOMPARE(typed("C", u"2024-10-31"_s, u"2026-05-03"_s), u"2024-10-31 -> 2026-05-03"_s);
         QCOMPARE(typed("de_DE", u"2024-10-31"_s, u"03052026"_s), u"31.10.2024 -> 2026-05-03"_s);
@@ -260,24 +260,24 @@ private Q_SLOTS:
 
     void date_isChangedByTheArrowsAndTheCalendar()
     {
-        Desk desk;
-        desk.edit(autumn());
-        desk.field(u"Begin:"_s)->setFocus();
-        QTest::keyClick(desk.field(u"Begin:"_s), Qt::Key_F4);
+        EditorWindow window;
+        window.edit(autumn());
+        window.field(u"Begin:"_s)->setFocus();
+        QTest::keyClick(window.field(u"Begin:"_s), Qt::Key_F4);
         QVERIFY(QApplication::activePopupWidget());
         auto *calendar = QApplication::activePopupWidget()->findChild<QCalendarWidget *>();
         QTest::keyClick(calendar->focusProxy() ? calendar->focusProxy() : calendar->focusWidget(),
                         Qt::Key_Right);
         QTest::keyClick(calendar->focusWidget(), Qt::Key_Return);
         QTRY_VERIFY(!QApplication::activePopupWidget());
-        desk.field(u"End:"_s)->setFocus(Qt::TabFocusReason);
-        QTest::keyClick(desk.field(u"End:"_s), Qt::Key_Down);
-        QTest::keyClick(desk.field(u"End:"_s), Qt::Key_Enter);
-        QTRY_VERIFY(!desk.editor);
+        window.field(u"End:"_s)->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(window.field(u"End:"_s), Qt::Key_Down);
+        QTest::keyClick(window.field(u"End:"_s), Qt::Key_Enter);
+        QTRY_VERIFY(!window.editor);
         Holiday changed = autumn();
         changed.begin = u"2024-10-02"_s;
         changed.end = u"2023-10-07"_s;
-        QCOMPARE(desk.holidayStore.holidays.value(), QList{changed});
+        QCOMPARE(window.holidayStore.holidays.value(), QList{changed});
     }
 
     void chosenFile_fillsTheForm()
@@ -286,17 +286,17 @@ private Q_SLOTS:
             const QTemporaryDir folder;
             const QString path = folder.filePath(file);
             QFile(path).open(QIODevice::WriteOnly);
-            Desk desk;
-            desk.addPlan();
-            type(desk.editor, u"Title:"_s, typed);
-            click(desk.editor, u"Choose File"_s);
-            const QPointer panel = desk.editor->findChild<QFileDialog *>();
+            EditorWindow window;
+            window.addPlan();
+            type(window.editor, u"Title:"_s, typed);
+            click(window.editor, u"Choose File"_s);
+            const QPointer panel = window.editor->findChild<QFileDialog *>();
             auto *name = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
             name->setText(path);
             QTest::keyClick(name, Qt::Key_Return);
             const bool isChosen = QTest::qWaitFor([&panel] { return !panel; });
-            click(desk.editor, u"Add"_s);
-            const Plan plan = desk.planStore.plans->value(0);
+            click(window.editor, u"Add"_s);
+            const Plan plan = window.planStore.plans->value(0);
             return isChosen && plan.music == file && plan.content == path ? plan.title : u"not chosen"_s;
         };
         QCOMPARE(choose(u"Morning Bell.mp3"_s), u"Morning Bell"_s);

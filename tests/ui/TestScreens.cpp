@@ -45,20 +45,20 @@ private Q_SLOTS:
         QFETCH(bool, isPlaying);
         QFETCH(bool, isEditMode);
         QFETCH(QString, icons);
-        MainWindow desk;
-        Plan plan = desk.addPlan(u"Bell"_s);
-        desk.open();
-        QTRY_COMPARE(daysOn(desk.card(u"Bell"_s)), u"Mon Tue Wed Thu Fri"_s);
+        MainWindow window;
+        Plan plan = window.addPlan(u"Bell"_s);
+        window.open();
+        QTRY_COMPARE(daysOn(window.card(u"Bell"_s)), u"Mon Tue Wed Thu Fri"_s);
 
         // Each change reaches the card that is there.
         plan.isLoop = isLoop;
         plan.week0 = true;
         plan.week3 = false;
-        QVERIFY(desk.planStore.updatePlan(plan));
-        desk.appStore.isEditMode = isEditMode;
-        desk.tick(isPlaying ? "08:00:00" : "08:00:01");
+        QVERIFY(window.planStore.updatePlan(plan));
+        window.appStore.isEditMode = isEditMode;
+        window.tick(isPlaying ? "08:00:00" : "08:00:01");
         const QString readouts = isPlaying ? u" 00:00 Progress 00:00"_s : QString();
-        Card *card = desk.card(u"Bell"_s);
+        Card *card = window.card(u"Bell"_s);
         QTRY_COMPARE(contents(card).join(u' '),
                      u"Bell "_s + icons + u"08:00 - 09:30 "_s + weekdays + u" Bell.ogg"_s + readouts);
         QTRY_COMPARE(daysOn(card), u"Sun Mon Tue Thu Fri"_s);
@@ -69,52 +69,52 @@ private Q_SLOTS:
 
     void manualStart_takesOverFromWhatPlays()
     {
-        MainWindow desk;
-        desk.addPlan(u"A"_s);
-        const Plan b = desk.addPlan(u"B"_s, u"10:00"_s);
-        desk.openInEditMode();
-        desk.tick("08:00:00");
-        desk.stage.sounding->setCurrentTime(45);
-        desk.tick("08:00:45");
+        MainWindow window;
+        window.addPlan(u"A"_s);
+        const Plan b = window.addPlan(u"B"_s, u"10:00"_s);
+        window.openInEditMode();
+        window.tick("08:00:00");
+        window.players.playing->setCurrentTime(45);
+        window.tick("08:00:45");
         for (int clicks = 0; clicks < 3; ++clicks)
-            QVERIFY(click(desk.card(u"B"_s), u"Play"_s));
-        QCOMPARE(desk.stage.played.size(), 2);
-        QCOMPARE(desk.stage.played.value(1), b.content);
-        QCOMPARE(desk.log(), (QStringList{u"A 08:00:00 - 08:00:45"_s, u"B 08:00:45 - "_s}));
-        QTRY_COMPARE(background(desk.card(u"B"_s)), Style::green);
-        QCOMPARE(background(desk.card(u"A"_s)), Style::planColor);
+            QVERIFY(click(window.card(u"B"_s), u"Play"_s));
+        QCOMPARE(window.players.played.size(), 2);
+        QCOMPARE(window.players.played.value(1), b.content);
+        QCOMPARE(window.log(), (QStringList{u"A 08:00:00 - 08:00:45"_s, u"B 08:00:45 - "_s}));
+        QTRY_COMPARE(background(window.card(u"B"_s)), Style::green);
+        QCOMPARE(background(window.card(u"A"_s)), Style::planColor);
         // The readouts are those of A until the next tick.
-        QCOMPARE(contents(desk.card(u"B"_s)).mid(13), (QStringList{u"00:45"_s, u"Progress"_s, u"01:30"_s}));
-        desk.tick("08:00:46");
-        QTRY_COMPARE(contents(desk.card(u"B"_s)).mid(13),
+        QCOMPARE(contents(window.card(u"B"_s)).mid(13), (QStringList{u"00:45"_s, u"Progress"_s, u"01:30"_s}));
+        window.tick("08:00:46");
+        QTRY_COMPARE(contents(window.card(u"B"_s)).mid(13),
                      (QStringList{u"00:00"_s, u"Progress"_s, u"01:30"_s}));
     }
 
     void playback_endsByHandAtOnce_byItselfWithTheNextTick()
     {
         for (const bool byHand : {true, false}) {
-            MainWindow desk;
-            desk.addPlan(u"A"_s);
-            desk.open();
-            desk.tick("08:00:00");
-            desk.stage.sounding->setCurrentTime(12);
-            desk.tick("08:00:12");
-            QTRY_VERIFY(control(desk.card(u"A"_s), u"Stop"_s));
-            const auto *progress = desk.card(u"A"_s)->findChild<LinearProgress *>();
+            MainWindow window;
+            window.addPlan(u"A"_s);
+            window.open();
+            window.tick("08:00:00");
+            window.players.playing->setCurrentTime(12);
+            window.tick("08:00:12");
+            QTRY_VERIFY(control(window.card(u"A"_s), u"Stop"_s));
+            const auto *progress = window.card(u"A"_s)->findChild<LinearProgress *>();
             QCOMPARE(progress->value(), qRound(12 / 90.5 * progress->maximum()));
             if (byHand) {
-                QVERIFY(click(desk.card(u"A"_s), u"Stop"_s));
-                QVERIFY(!desk.stage.sounding);
+                QVERIFY(click(window.card(u"A"_s), u"Stop"_s));
+                QVERIFY(!window.players.playing);
             } else {
-                desk.stage.sounding->stop();
-                desk.tick("08:00:13");
+                window.players.playing->stop();
+                window.tick("08:00:13");
             }
-            QTRY_COMPARE(background(desk.card(u"A"_s)), Style::planColor);
-            QVERIFY(!control(desk.card(u"A"_s), u"Stop"_s));
+            QTRY_COMPARE(background(window.card(u"A"_s)), Style::planColor);
+            QVERIFY(!control(window.card(u"A"_s), u"Stop"_s));
             QVERIFY(!progress->isVisible());
-            desk.tick("08:00:14");
-            QCOMPARE(desk.avPlayer.currentTime.value(), u"00:12"_s);
-            QCOMPARE(desk.log(), QStringList(u"A 08:00:00 - 08:00:1%1"_s.arg(byHand ? 2 : 3)));
+            window.tick("08:00:14");
+            QCOMPARE(window.avPlayer.currentTime.value(), u"00:12"_s);
+            QCOMPARE(window.log(), QStringList(u"A 08:00:00 - 08:00:1%1"_s.arg(byHand ? 2 : 3)));
         }
     }
 
@@ -133,13 +133,13 @@ private Q_SLOTS:
         QFETCH(QString, icons);
         QFETCH(QString, lines);
         const QString title = u"<i>Week</i> of 'العربية' 🔔 "_s.repeated(20);
-        MainWindow desk;
-        desk.addHoliday(title);
-        desk.historyStore.addHistory(title);
-        desk.open();
-        desk.chooseScreen(screen);
-        QTRY_VERIFY(desk.card(title));
-        Card *card = desk.card(title);
+        MainWindow window;
+        window.addHoliday(title);
+        window.historyStore.addHistory(title);
+        window.open();
+        window.chooseScreen(screen);
+        QTRY_VERIFY(window.card(title));
+        Card *card = window.card(title);
         QTEST(background(card), "color");
         QVERIFY(card->width() >= 240 && card->height() <= 100);
         for (const QString &shown : {QString(), icons, QString()}) {
@@ -150,32 +150,32 @@ private Q_SLOTS:
 
     void holiday_isEditedFromItsCard()
     {
-        MainWindow desk;
-        desk.addHoliday(u"Spring"_s, u"2024-04-01"_s);
-        desk.addHoliday(u"Autumn"_s);
-        desk.openInEditMode();
-        desk.chooseScreen(u"Holiday"_s);
-        QTRY_VERIFY(desk.card(u"Autumn"_s));
-        QVERIFY(click(desk.card(u"Autumn"_s), u"Edit"_s));
-        const auto editor = desk.dialog<HolidayEdit>();
+        MainWindow window;
+        window.addHoliday(u"Spring"_s, u"2024-04-01"_s);
+        window.addHoliday(u"Autumn"_s);
+        window.openInEditMode();
+        window.chooseScreen(u"Holiday"_s);
+        QTRY_VERIFY(window.card(u"Autumn"_s));
+        QVERIFY(click(window.card(u"Autumn"_s), u"Edit"_s));
+        const auto editor = window.dialog<HolidayEdit>();
         QVERIFY(typeDigits(editor, u"Begin:"_s, u"20240101"_s));
         QVERIFY(click(editor, u"Modify"_s));
-        QTRY_COMPARE(contents(desk.card(u"Autumn"_s)).at(3), u"2024-01-01"_s);
-        QVERIFY(desk.card(u"Autumn"_s)->x() < desk.card(u"Spring"_s)->x());
+        QTRY_COMPARE(contents(window.card(u"Autumn"_s)).at(3), u"2024-01-01"_s);
+        QVERIFY(window.card(u"Autumn"_s)->x() < window.card(u"Spring"_s)->x());
     }
 
     void log_followsThePlaybacksWhileItIsShown()
     {
-        MainWindow desk;
-        desk.addPlan(u"Morning"_s);
-        desk.open();
-        desk.chooseScreen(u"History"_s);
-        desk.tick("08:00:00");
-        QTRY_VERIFY(desk.card(u"Morning"_s));
-        QCOMPARE(contents(desk.card(u"Morning"_s)).last(), u"------"_s);
-        desk.stage.sounding->stop();
-        desk.tick("08:00:30");
-        QTRY_COMPARE(contents(desk.card(u"Morning"_s)).last(), u"2026-03-02 08:00:30"_s);
+        MainWindow window;
+        window.addPlan(u"Morning"_s);
+        window.open();
+        window.chooseScreen(u"History"_s);
+        window.tick("08:00:00");
+        QTRY_VERIFY(window.card(u"Morning"_s));
+        QCOMPARE(contents(window.card(u"Morning"_s)).last(), u"------"_s);
+        window.players.playing->stop();
+        window.tick("08:00:30");
+        QTRY_COMPARE(contents(window.card(u"Morning"_s)).last(), u"2026-03-02 08:00:30"_s);
     }
 };
 
