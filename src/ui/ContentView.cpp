@@ -22,6 +22,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -227,7 +228,7 @@ void ContentView::showEditor(QPointer<QDialog> &editor, Store &store, Published<
 {
     if (!isShown || editor)
         return;
-    editor = new Editor(store, environment.clock, this);
+    editor = new Editor(store, environment.clock, std::nullopt, this);
     connect(editor, &QDialog::finished, this, [&editor, &isShown] {
         editor.clear();
         isShown = false;

@@ -6,30 +6,21 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include <limits>
-
 using namespace Qt::StringLiterals;
 
 EditSheet::EditSheet(const QString &windowTitle, QWidget *parent) : Sheet(windowTitle, parent) {}
 
-QLineEdit *EditSheet::textField(const QString &text)
-{
-    auto *field = new QLineEdit;
-    field->setMaxLength(std::numeric_limits<int>::max());
-    field->setText(text);
-    return field;
-}
-
 void EditSheet::addTitleRow(const QString &text)
 {
-    titleField = new QLineEdit; // of a limited length: to lay out millions of characters takes seconds
+    // Its length is limited by default, for to lay out millions of characters takes seconds.
+    titleField = new QLineEdit;
     setTitle(text);
     auto *row = new FormRow(tr("Title:"));
     row->addField(titleField, 1);
     addRow(row);
     titleField->setFocus();
     const int length = int(titleField->text().size());
-    titleField->setSelection(length, -length); // backwards: the beginning stays in view
+    titleField->setSelection(length, -length); // backwards, so that the beginning stays in view
 }
 
 void EditSheet::addFieldRow(const QString &label, QWidget *field)
@@ -42,9 +33,9 @@ void EditSheet::addFieldRow(const QString &label, QWidget *field)
 
 void EditSheet::addButtons(Purpose purpose)
 {
-    const bool adds = purpose == Purpose::add;
+    const bool isNew = purpose == Purpose::add;
     QPushButton *saveButton =
-        addButton(adds ? u"plus"_s : u"square.and.pencil"_s, adds ? tr("Add") : tr("Modify"));
+        addButton(isNew ? u"plus"_s : u"square.and.pencil"_s, isNew ? tr("Add") : tr("Modify"));
     saveButton->setDefault(true);
     connect(saveButton, &QPushButton::clicked, this, &EditSheet::save);
     connect(addButton(u"xmark"_s, tr("Close")), &QPushButton::clicked, this, &EditSheet::reject);
@@ -53,13 +44,13 @@ void EditSheet::addButtons(Purpose purpose)
 QString EditSheet::title() const
 {
     const QString text = titleField->text();
-    const bool isCut = text.size() == titleField->maxLength() && givenTitle.startsWith(text);
-    return isCut ? givenTitle : text;
+    const bool isTruncated = text.size() == titleField->maxLength() && originalTitle.startsWith(text);
+    return isTruncated ? originalTitle : text;
 }
 
 void EditSheet::setTitle(const QString &text)
 {
-    givenTitle = text;
+    originalTitle = text;
     titleField->setText(text);
 }
 

@@ -5,10 +5,10 @@
 class FormRow;
 class QLineEdit;
 
-/// What the editors have in common: the title, the save and the close button, and how a record is saved.
+/// The base of the editors: the title row, the save and the close button, and how a record is saved.
 ///
-/// The first thing that is missing is named in an alert. A save that succeeds closes the sheet; one that the
-/// store refuses leaves it as it is, without a message. Closing it in another way stores nothing.
+/// Saving shows the first validation error in an alert. A successful save closes the sheet; if the store
+/// rejects the record, the sheet stays open, without a message. Closing it in any other way stores nothing.
 class EditSheet : public Sheet
 {
     Q_OBJECT
@@ -19,10 +19,7 @@ protected:
 
     EditSheet(const QString &windowTitle, QWidget *parent);
 
-    /// A field for one line of text, of any length.
-    static QLineEdit *textField(const QString &text);
-
-    /// Adds the row of the title, which gets the focus.
+    /// Adds the row of the title and focuses its field.
     void addTitleRow(const QString &text);
 
     /// Adds a row with a label and a field that is no wider than it needs to be.
@@ -31,21 +28,20 @@ protected:
     /// Adds the save and the close button. To be called after the rows.
     void addButtons(Purpose purpose);
 
-    /// The title as it stands in its field; one that is too long for the field whole, unless it was edited.
+    /// The entered title. A title that is too long for the field is returned whole unless it was edited.
     QString title() const;
 
-    /// Enters a title.
     void setTitle(const QString &text);
 
 private:
-    /// Names the first thing that is missing apart from the title; empty when nothing is.
-    virtual QString validationError() const = 0;
+    /// The message for the first invalid field apart from the title; empty if all are valid.
+    virtual QString validationError() const { return {}; }
 
-    /// Hands the record to its store; false when that refuses it.
+    /// Hands the record to its store; false if that rejects it.
     virtual bool commit() = 0;
 
     void save();
 
     QLineEdit *titleField = nullptr;
-    QString givenTitle;
+    QString originalTitle;
 };

@@ -4,21 +4,12 @@
 #include "store/NewId.h"
 #include "toolkit/DateField.h"
 
-HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *parent)
-    : HolidayEdit(Purpose::add, holidayStore, clock, Holiday(), parent)
-{}
-
-HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday,
+HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const std::optional<Holiday> &edited,
                          QWidget *parent)
-    : HolidayEdit(Purpose::modify, holidayStore, clock, holiday, parent)
-{}
-
-HolidayEdit::HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Clock &clock,
-                         const Holiday &holiday, QWidget *parent)
-    : EditSheet(purpose == Purpose::add ? tr("Add Holiday") : tr("Modify"), parent)
-    , purpose(purpose)
+    : EditSheet(edited ? tr("Modify") : tr("Add Holiday"), parent)
+    , purpose(edited ? Purpose::modify : Purpose::add)
     , holidayStore(holidayStore)
-    , holiday(holiday)
+    , holiday(edited.value_or(Holiday()))
     , begin(new DateField(holiday.begin, clock))
     , end(new DateField(holiday.end, clock))
 {
@@ -26,11 +17,6 @@ HolidayEdit::HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Cloc
     addFieldRow(tr("Begin:"), begin);
     addFieldRow(tr("End:"), end);
     addButtons(purpose);
-}
-
-QString HolidayEdit::validationError() const
-{
-    return {};
 }
 
 bool HolidayEdit::commit()

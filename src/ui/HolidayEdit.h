@@ -3,29 +3,26 @@
 #include "store/Holiday.h"
 #include "ui/EditSheet.h"
 
+#include <optional>
+
 class Clock;
 class DateField;
 class HolidayStore;
 
-/// The form in which a person creates a holiday or changes one. It works on a copy: nothing reaches the store
-/// before it is saved. An end before the begin is not refused.
+/// The editor for a new or an existing holiday. It works on a copy: nothing reaches the store before it is
+/// saved. An end before the begin is accepted.
 class HolidayEdit final : public EditSheet
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(HolidayEdit)
 
 public:
-    /// For a new holiday: today.
-    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, QWidget *parent);
-
-    /// For changing `holiday`, which keeps its id. A day of it that cannot be read is shown as today.
-    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday, QWidget *parent);
-
-private:
-    HolidayEdit(Purpose purpose, HolidayStore &holidayStore, const Clock &clock, const Holiday &holiday,
+    /// Edits `holiday`, which keeps its id; without one, a new holiday. A day that cannot be read is shown as
+    /// today.
+    HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const std::optional<Holiday> &holiday,
                 QWidget *parent);
 
-    QString validationError() const override;
+private:
     bool commit() override;
 
     Purpose purpose;

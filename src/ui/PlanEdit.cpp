@@ -13,19 +13,24 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <algorithm>
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int loopYes = 0;
 constexpr int loopNo = 1;
-constexpr QSize fileIconSize{10, Style::iconSize};
+constexpr QSize musicIconSize{10, Style::iconSize};
 
 Plan newPlanDefaults()
 {
     return {.isMusic = true, .week1 = true, .week2 = true, .week3 = true, .week4 = true, .week5 = true};
 }
 
+// The name without its extension, every occurrence of which is removed: "chime.mp3.mp3" becomes "chime", and
+// a name without an extension loses its dots.
 QString titleOf(const QString &fileName)
 {
     // A dot at either end of a name does not begin an extension.
@@ -36,24 +41,16 @@ QString titleOf(const QString &fileName)
 
 } // namespace
 
-PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *parent)
-    : PlanEdit(Purpose::add, planStore, clock, newPlanDefaults(), parent)
-{}
-
-PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent)
-    : PlanEdit(Purpose::modify, planStore, clock, plan, parent)
-{}
-
-PlanEdit::PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan,
+PlanEdit::PlanEdit(PlanStore &planStore, const Clock &clock, const std::optional<Plan> &edited,
                    QWidget *parent)
-    : EditSheet(purpose == Purpose::add ? tr("Add Plan") : tr("Modify"), parent)
-    , purpose(purpose)
+    : EditSheet(edited ? tr("Modify") : tr("Add Plan"), parent)
+    , purpose(edited ? Purpose::modify : Purpose::add)
     , planStore(planStore)
-    , plan(plan)
+    , plan(edited.value_or(newPlanDefaults()))
     , begin(new TimeField(plan.begin, clock))
     , end(new TimeField(plan.end, clock))
     , loop(new SegmentedChoice({tr("Yes"), tr("No")}))
-    , content(textField(plan.content))
+    , content(new QLineEdit)
 {
     addTitleRow(plan.title);
     addFieldRow(tr("Begin:"), begin);
@@ -112,11 +109,13 @@ void PlanEdit::addMusicRow()
 {
     const QString symbol = plan.isMusic ? u"music.note"_s : u"folder"_s;
     auto *choose = new QPushButton(Symbol::icon(symbol), QString());
-    choose->setIconSize(fileIconSize);
+    choose->setIconSize(musicIconSize);
     choose->setAccessibleName(tr("Choose File"));
     choose->setToolTip(tr("Choose File"));
     connect(choose, &QPushButton::clicked, this, &PlanEdit::chooseFile);
 
+    content->setMaxLength(std::numeric_limits<int>::max()); // a truncated path would be another file
+    content->setText(plan.content);
     auto *row = new FormRow(plan.isMusic ? tr("Music:") : tr("Folder:"));
     row->addField(content, 1);
     row->addField(choose);

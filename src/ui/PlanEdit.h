@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <array>
+#include <optional>
 
 class Clock;
 class FileChooser;
@@ -14,23 +15,19 @@ class QCheckBox;
 class SegmentedChoice;
 class TimeField;
 
-/// The form in which a person creates a plan or changes one. It works on a copy: nothing reaches the store
-/// before it is saved.
+/// The editor for a new or an existing plan. It works on a copy: nothing reaches the store before it is
+/// saved.
 class PlanEdit final : public EditSheet
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(PlanEdit)
 
 public:
-    /// For a new plan: now, on working days.
-    PlanEdit(PlanStore &planStore, const Clock &clock, QWidget *parent);
-
-    /// For changing `plan`, which keeps its id. A time of it that cannot be read is shown as now.
-    PlanEdit(PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent);
+    /// Edits `plan`, which keeps its id; without one, a new plan for now on working days. A time that cannot
+    /// be read is shown as now.
+    PlanEdit(PlanStore &planStore, const Clock &clock, const std::optional<Plan> &plan, QWidget *parent);
 
 private:
-    PlanEdit(Purpose purpose, PlanStore &planStore, const Clock &clock, const Plan &plan, QWidget *parent);
-
     QString validationError() const override;
     bool commit() override;
 

@@ -41,8 +41,8 @@ class EditorWindow final : public SharedObjects
 public:
     EditorWindow() : SharedObjects("2026-03-29 07:05:42") { view.show(); }
 
-    void addPlan() { open(new PlanEdit(planStore, clock, &view)); }
-    void addHoliday() { open(new HolidayEdit(holidayStore, clock, &view)); }
+    void addPlan() { open(new PlanEdit(planStore, clock, std::nullopt, &view)); }
+    void addHoliday() { open(new HolidayEdit(holidayStore, clock, std::nullopt, &view)); }
 
     /// Opens the editor for a record, once that is stored.
     void edit(const Plan &plan)
