@@ -29,17 +29,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize minimumWindowSize{960, 488};
-// Wide enough for three columns of cards.
 constexpr QSize initialSize{960, 640};
 
-// In the middle of what the panels of the desktop leave free; the title bar comes on top. What is too large
-// for that begins at its top left, where the toolbar is.
+// Centred in the available area of the screen, with room for the title bar. A window that does not fit starts
+// at the top left, so that its toolbar stays in view.
 QRect initialGeometry(const QScreen &screen, int titleBarHeight)
 {
-    const QRect free = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
-    const QSize size = initialSize.boundedTo(free.size()).expandedTo(minimumWindowSize);
-    QRect geometry = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, free);
-    geometry.moveTo(qMax(geometry.x(), free.x()), qMax(geometry.y(), free.y()));
+    const QRect available = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
+    const QSize size = initialSize.boundedTo(available.size()).expandedTo(minimumWindowSize);
+    QRect geometry = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, available);
+    geometry.moveTo(qMax(geometry.x(), available.x()), qMax(geometry.y(), available.y()));
     return geometry;
 }
 
@@ -49,7 +48,7 @@ bool isCurrent(const AppStore &appStore, NavigationItem screen)
 }
 
 template<typename Record>
-void invertAndCheckAll(bool &flag, Published<QList<Record>> &records)
+void toggleAll(bool &flag, Published<QList<Record>> &records)
 {
     flag = !flag;
     records.modify([flag](QList<Record> &list) {
@@ -79,12 +78,12 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
 
 void ContentView::changeEvent(QEvent *event)
 {
-    if ((event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) && editMode)
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)
         updateToolBar();
     QMainWindow::changeEvent(event);
 }
 
-// Who closes the window while a panel is open means the panel: the bells must not stop by mistake.
+// While a panel is open, closing the window closes the panel instead: the bells must not stop by mistake.
 void ContentView::closeEvent(QCloseEvent *event)
 {
     const auto panels = findChildren<ModalPanel *>();
@@ -109,46 +108,47 @@ void ContentView::createToolBar()
     toolBar->setContextMenuPolicy(Qt::PreventContextMenu);
     toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
 
-    toggleSidebar = addButton(tr("Toggle Sidebar"), [this] { sidebar->toggleSidebar(); });
-    toggleSidebar->setIcon(Symbol::icon(u"sidebar.left"_s));
-    qobject_cast<QToolButton *>(toolBar->widgetForAction(toggleSidebar))
+    QAction *toggleAction = addButton(tr("Toggle Sidebar"), [this] { sidebar->toggleSidebar(); });
+    toggleAction->setIcon(Symbol::icon(u"sidebar.left"_s));
+    qobject_cast<QToolButton *>(toolBar->widgetForAction(toggleAction))
         ->setToolButtonStyle(Qt::ToolButtonIconOnly);
-    auto *space = new QWidget;
-    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    toolBar->addWidget(space);
-    deleteButton = addButton(
+    auto *spacer = new QWidget;
+    spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    toolBar->addWidget(spacer);
+    deleteAction = addButton(
         tr("Delete"), [this] { confirmDelete(); }, QKeySequence::Delete);
-    selectAllButton = addButton(
+    selectAllAction = addButton(
         tr("Select All"), [this] { selectAll(); }, QKeySequence::SelectAll);
-    addPlan = addButton(
+    addPlanAction = addButton(
         tr("Add Plan"), [this] { environment.planStore.showPlanEdit = true; }, QKeySequence::New);
-    addHoliday = addButton(tr("Add Holiday"), [this] { environment.holidayStore.showHolidayEdit = true; });
-    editMode = addButton(
+    addHolidayAction =
+        addButton(tr("Add Holiday"), [this] { environment.holidayStore.showHolidayEdit = true; });
+    editModeAction = addButton(
         tr("Edit"), [this] { environment.appStore.isEditMode = !environment.appStore.isEditMode; },
         QKeySequence(Qt::CTRL | Qt::Key_E));
 }
 
-QAction *ContentView::addButton(const QString &text, const std::function<void()> &pressed,
+QAction *ContentView::addButton(const QString &text, const std::function<void()> &onTriggered,
                                 const QKeySequence &shortcut)
 {
-    QAction *button = toolBar->addAction(text, this, pressed);
-    button->setShortcut(shortcut);
-    toolBar->widgetForAction(button)->setFocusPolicy(Qt::TabFocus);
-    return button;
+    QAction *action = toolBar->addAction(text, this, onTriggered);
+    action->setShortcut(shortcut);
+    toolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
+    return action;
 }
 
 void ContentView::updateToolBar()
 {
     const bool isEditMode = environment.appStore.isEditMode;
-    for (QAction *button : {deleteButton, selectAllButton, addPlan, addHoliday})
-        button->setVisible(isEditMode);
-    editMode->setText(isEditMode ? tr("Finish") : tr("Edit"));
+    for (QAction *action : {deleteAction, selectAllAction, addPlanAction, addHolidayAction})
+        action->setVisible(isEditMode);
+    editModeAction->setText(isEditMode ? tr("Finish") : tr("Edit"));
 
-    tint(deleteButton, u"trash"_s, Style::Accent::red);
-    tint(selectAllButton, selectAllSymbol(), Style::Accent::red);
-    tint(addPlan, u"plus"_s, Style::Accent::green);
-    tint(addHoliday, u"plus"_s, Style::Accent::green);
-    tint(editMode, isEditMode ? u"checkmark"_s : u"square.and.pencil"_s, Style::Accent::blue);
+    setIcon(deleteAction, u"trash"_s, Style::Accent::red);
+    setIcon(selectAllAction, selectAllSymbol(), Style::Accent::red);
+    setIcon(addPlanAction, u"plus"_s, Style::Accent::green);
+    setIcon(addHolidayAction, u"plus"_s, Style::Accent::green);
+    setIcon(editModeAction, isEditMode ? u"checkmark"_s : u"square.and.pencil"_s, Style::Accent::blue);
     fitToolBar();
 }
 
@@ -166,17 +166,17 @@ void ContentView::fitToolBar()
     }
 }
 
-void ContentView::tint(QAction *button, const QString &symbol, Style::Accent accent)
+void ContentView::setIcon(QAction *action, const QString &symbol, Style::Accent accent)
 {
     const QColor color = Style::accent(accent, palette());
-    button->setIcon(symbol.isEmpty() ? QIcon() : Symbol::icon(symbol, color));
-    QWidget *widget = toolBar->widgetForAction(button);
+    action->setIcon(symbol.isEmpty() ? QIcon() : Symbol::icon(symbol, color));
+    QWidget *widget = toolBar->widgetForAction(action);
     QPalette colors = palette();
     colors.setColor(QPalette::ButtonText, color);
     widget->setPalette(colors);
 }
 
-// Empty where no screen is the current one.
+// Empty if no screen is the current one.
 QString ContentView::selectAllSymbol() const
 {
     const auto symbol = [](bool isChecked) { return isChecked ? u"checkmark.square"_s : u"square"_s; };
@@ -192,11 +192,11 @@ QString ContentView::selectAllSymbol() const
 void ContentView::selectAll()
 {
     if (isCurrent(environment.appStore, NavigationItem::planView))
-        invertAndCheckAll(isPlanChecked, environment.planStore.plans);
+        toggleAll(isPlanChecked, environment.planStore.plans);
     if (isCurrent(environment.appStore, NavigationItem::holidayView))
-        invertAndCheckAll(isHolidayChecked, environment.holidayStore.holidays);
+        toggleAll(isHolidayChecked, environment.holidayStore.holidays);
     if (isCurrent(environment.appStore, NavigationItem::historyView))
-        invertAndCheckAll(isHistoryChecked, environment.historyStore.historys);
+        toggleAll(isHistoryChecked, environment.historyStore.historys);
     updateToolBar();
 }
 

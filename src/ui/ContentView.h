@@ -18,8 +18,8 @@ class Published;
 /// The main window: the sidebar with its screens, and the toolbar with the edit mode and the buttons that
 /// delete, select and add.
 ///
-/// What "Delete" and "Select All" act on is the current screen: the one that alone is selected in the
-/// sidebar. With several or none selected they act on nothing.
+/// "Delete" and "Select All" act on the current screen, the only one that is selected in the sidebar. If
+/// several or none are selected, they do nothing.
 class ContentView final : public QMainWindow
 {
     Q_OBJECT
@@ -35,11 +35,11 @@ protected:
 
 private:
     void createToolBar();
-    QAction *addButton(const QString &text, const std::function<void()> &pressed,
+    QAction *addButton(const QString &text, const std::function<void()> &onTriggered,
                        const QKeySequence &shortcut = {});
     void updateToolBar();
     void fitToolBar();
-    void tint(QAction *button, const QString &symbol, Style::Accent accent);
+    void setIcon(QAction *action, const QString &symbol, Style::Accent accent);
     QString selectAllSymbol() const;
     void selectAll();
     void confirmDelete();
@@ -51,12 +51,11 @@ private:
     Environment environment;
     Sidebar *sidebar;
     QToolBar *toolBar = nullptr;
-    QAction *toggleSidebar = nullptr;
-    QAction *deleteButton = nullptr;
-    QAction *selectAllButton = nullptr;
-    QAction *addPlan = nullptr;
-    QAction *addHoliday = nullptr;
-    QAction *editMode = nullptr;
+    QAction *deleteAction = nullptr;
+    QAction *selectAllAction = nullptr;
+    QAction *addPlanAction = nullptr;
+    QAction *addHolidayAction = nullptr;
+    QAction *editModeAction = nullptr;
 
     QPointer<QDialog> planEdit;
     QPointer<QDialog> holidayEdit;

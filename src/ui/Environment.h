@@ -7,7 +7,7 @@ class HistoryStore;
 class HolidayStore;
 class PlanStore;
 
-/// The shared objects, made once at start-up, that every screen gets: none makes a second one.
+/// The shared objects, created once at start-up and handed to every screen.
 struct Environment
 {
     AppStore &appStore;

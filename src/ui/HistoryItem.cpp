@@ -10,22 +10,22 @@ using namespace Qt::StringLiterals;
 
 HistoryItem::HistoryItem(const Environment &environment) : Card(0, 100), environment(environment)
 {
-    select = addButton();
-    select->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
+    selectButton = addButton();
+    selectButton->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
     begin = addText(Style::white);
     end = addText(Style::white);
     setColor(Style::historyColor);
 
-    connect(select, &IconButton::clicked, this,
-            [this] { this->environment.historyStore.toggleChecked(history); });
+    connect(selectButton, &IconButton::clicked, this,
+            [this, &store = environment.historyStore] { store.toggleChecked(history); });
 }
 
-void HistoryItem::show(const History &shown)
+void HistoryItem::setRecord(const History &record)
 {
-    history = shown;
+    history = record;
     setTitle(history.title);
-    select->setVisible(environment.appStore.isEditMode);
-    select->setChecked(history.isChecked);
+    selectButton->setVisible(environment.appStore.isEditMode);
+    selectButton->setChecked(history.isChecked);
     begin->setText(history.begin);
     end->setText(history.end);
 }

@@ -4,7 +4,7 @@
 #include "toolkit/Card.h"
 #include "ui/Environment.h"
 
-/// The card of a playback in the log: when it began and ended and, in edit mode, what selects it.
+/// The card of a playback in the log: when it began and ended and, in edit mode, a check box.
 class HistoryItem final : public Card
 {
     Q_OBJECT
@@ -13,13 +13,13 @@ class HistoryItem final : public Card
 public:
     explicit HistoryItem(const Environment &environment);
 
-    /// Shows `history` as it stands, in the present edit mode.
-    void show(const History &history);
+    /// Shows `record` in the current edit mode.
+    void setRecord(const History &record);
 
 private:
     Environment environment;
     History history;
-    IconButton *select;
+    IconButton *selectButton;
     ElidedLabel *begin;
     ElidedLabel *end;
 };

@@ -11,26 +11,26 @@ using namespace Qt::StringLiterals;
 
 HolidayItem::HolidayItem(const Environment &environment) : Card(0, 100), environment(environment)
 {
-    edit = addButton();
-    edit->setSymbol(u"square.and.pencil"_s, tr("Edit"));
-    select = addButton();
-    select->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
+    editButton = addButton();
+    editButton->setSymbol(u"square.and.pencil"_s, tr("Edit"));
+    selectButton = addButton();
+    selectButton->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
     begin = addText(Style::white);
     end = addText(Style::white);
     setColor(Style::holidayColor);
 
-    connect(edit, &IconButton::clicked, this, &HolidayItem::showHolidayEdit);
-    connect(select, &IconButton::clicked, this,
-            [this] { this->environment.holidayStore.toggleChecked(holiday); });
+    connect(editButton, &IconButton::clicked, this, &HolidayItem::showHolidayEdit);
+    connect(selectButton, &IconButton::clicked, this,
+            [this, &store = environment.holidayStore] { store.toggleChecked(holiday); });
 }
 
-void HolidayItem::show(const Holiday &shown)
+void HolidayItem::setRecord(const Holiday &record)
 {
-    holiday = shown;
+    holiday = record;
     setTitle(holiday.title);
-    edit->setVisible(environment.appStore.isEditMode);
-    select->setVisible(environment.appStore.isEditMode);
-    select->setChecked(holiday.isChecked);
+    editButton->setVisible(environment.appStore.isEditMode);
+    selectButton->setVisible(environment.appStore.isEditMode);
+    selectButton->setChecked(holiday.isChecked);
     begin->setText(holiday.begin);
     end->setText(holiday.end);
 }

@@ -4,7 +4,7 @@
 #include "toolkit/Card.h"
 #include "ui/Environment.h"
 
-/// The card of a holiday: its first and last day and, in edit mode, what selects and edits it.
+/// The card of a holiday: its first and last day and, in edit mode, an edit button and a check box.
 class HolidayItem final : public Card
 {
     Q_OBJECT
@@ -13,16 +13,16 @@ class HolidayItem final : public Card
 public:
     explicit HolidayItem(const Environment &environment);
 
-    /// Shows `holiday` as it stands, in the present edit mode.
-    void show(const Holiday &holiday);
+    /// Shows `record` in the current edit mode.
+    void setRecord(const Holiday &record);
 
 private:
     void showHolidayEdit();
 
     Environment environment;
     Holiday holiday;
-    IconButton *edit;
-    IconButton *select;
+    IconButton *editButton;
+    IconButton *selectButton;
     ElidedLabel *begin;
     ElidedLabel *end;
 };

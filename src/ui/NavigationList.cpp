@@ -12,10 +12,10 @@
 namespace {
 
 constexpr int symbolRole = Qt::UserRole;
-/// Between the edge of the list and that of a row, and between that and its icon.
+// From the edge of the list to a row, from there to its icon, and on to its text.
 constexpr int padding = Style::inset / 2;
 constexpr int verticalPadding = Style::lineGap;
-constexpr qreal corner = 6;
+constexpr qreal cornerRadius = 6;
 constexpr float hoverOpacity = 0.08F;
 
 class RowDelegate final : public QStyledItemDelegate
@@ -38,7 +38,7 @@ public:
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
         painter->setBrush(background(option));
-        painter->drawRoundedRect(row, corner, corner);
+        painter->drawRoundedRect(row, cornerRadius, cornerRadius);
         paintContent(painter, row.adjusted(padding, 0, -padding, 0), color, index);
         if (option.state.testFlag(QStyle::State_HasFocus) && FocusRing::isShownBy(list))
             Style::paintFocus(painter, row.adjusted(2, 2, -2, -2), color);
@@ -86,10 +86,10 @@ private:
             QStyle::visualRect(direction, rect, rect.adjusted(iconSize.width() + padding, 0, 0, 0));
         painter->setFont(font);
         painter->setPen(color);
-        const QString shown =
+        const QString elided =
             QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideRight, text.width());
         painter->drawText(text, int(QStyle::visualAlignment(direction, Qt::AlignLeading | Qt::AlignVCenter)),
-                          shown);
+                          elided);
     }
 
     QListWidget *list;

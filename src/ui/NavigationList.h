@@ -2,11 +2,11 @@
 
 #include <QListWidget>
 
-/// The list at the side of a window that leads to its screens: rows with an icon and a text, inset from the
-/// window's edge, with a rounded selection.
+/// The navigation list of a sidebar: rows with an icon and a text, and a rounded selection that is inset from
+/// the edge of the window.
 ///
 /// A click selects a row; Ctrl and Shift select several rows or none. A click beside the rows, a drag and
-/// "Select All" change nothing. Where a text is too wide for the list, all texts get smaller.
+/// "Select All" change nothing. If a text is too wide for the list, all texts get smaller.
 class NavigationList final : public QListWidget
 {
     Q_OBJECT

@@ -20,12 +20,12 @@ using namespace Qt::StringLiterals;
 
 PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment(environment)
 {
-    repeat = addSymbol(u"repeat"_s, tr("Repeat"));
-    edit = addButton();
-    edit->setSymbol(u"square.and.pencil"_s, tr("Edit"));
-    play = addButton();
-    select = addButton();
-    select->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
+    repeatSymbol = addSymbol(u"repeat"_s, tr("Repeat"));
+    editButton = addButton();
+    editButton->setSymbol(u"square.and.pencil"_s, tr("Edit"));
+    playButton = addButton();
+    selectButton = addButton();
+    selectButton->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
     addSpace();
     timeSpan = addText(Style::softWhite);
     weekdays = new TextRow({tr("Sun"), tr("Mon"), tr("Tue"), tr("Wed"), tr("Thu"), tr("Fri"), tr("Sat")});
@@ -34,23 +34,25 @@ PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment
     playbackRow = makePlaybackRow();
     addLine(playbackRow);
 
-    connect(edit, &IconButton::clicked, this, &PlanItem::showPlanEdit);
-    connect(play, &IconButton::clicked, this, &PlanItem::togglePlaying);
-    connect(select, &IconButton::clicked, this, [this] { this->environment.planStore.toggleChecked(plan); });
+    connect(editButton, &IconButton::clicked, this, &PlanItem::showPlanEdit);
+    connect(playButton, &IconButton::clicked, this, &PlanItem::togglePlaying);
+    connect(selectButton, &IconButton::clicked, this,
+            [this, &store = environment.planStore] { store.toggleChecked(plan); });
 }
 
-void PlanItem::show(const Plan &shown)
+void PlanItem::setRecord(const Plan &record)
 {
-    plan = shown;
+    plan = record;
     const bool isEditMode = environment.appStore.isEditMode;
     setTitle(plan.title);
     setColor(plan.isPlaying ? Style::green : Style::planColor);
-    repeat->setVisible(plan.isLoop);
-    edit->setVisible(isEditMode);
-    play->setVisible(isEditMode || plan.isPlaying);
-    play->setSymbol(plan.isPlaying ? u"stop.fill"_s : u"play"_s, plan.isPlaying ? tr("Stop") : tr("Play"));
-    select->setVisible(isEditMode);
-    select->setChecked(plan.isChecked);
+    repeatSymbol->setVisible(plan.isLoop);
+    editButton->setVisible(isEditMode);
+    playButton->setVisible(isEditMode || plan.isPlaying);
+    playButton->setSymbol(plan.isPlaying ? u"stop.fill"_s : u"play"_s,
+                          plan.isPlaying ? tr("Stop") : tr("Play"));
+    selectButton->setVisible(isEditMode);
+    selectButton->setChecked(plan.isChecked);
     timeSpan->setText(plan.begin + u" - "_s + plan.end);
     for (int day = 0; day < int(planWeekdays.size()); ++day)
         weekdays->setOn(day, plan.*planWeekdays[size_t(day)]);
@@ -82,15 +84,15 @@ QWidget *PlanItem::makePlaybackRow()
     return row;
 }
 
-// Clicks that come faster than the card can follow mean what it shows: the first one has done that already.
+// The card follows its record with a delay. A click on what it showed before has had its effect already.
 void PlanItem::togglePlaying()
 {
     const QList<Plan> &plans = environment.planStore.plans.value();
     const auto current =
-        std::find_if(plans.begin(), plans.end(), [this](const Plan &p) { return p.id == plan.id; });
+        std::find_if(plans.begin(), plans.end(), [this](const Plan &each) { return each.id == plan.id; });
     if (current == plans.end() || current->isPlaying != plan.isPlaying)
         return;
-    ManualPlayback::toggle(Plan(plan), environment.planStore, environment.historyStore, environment.avPlayer);
+    ManualPlayback::toggle(plan, environment.planStore, environment.historyStore, environment.avPlayer);
 }
 
 void PlanItem::showPlanEdit()

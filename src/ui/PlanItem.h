@@ -7,8 +7,8 @@
 class LinearProgress;
 class TextRow;
 
-/// The card of a plan: its times, weekdays and file, green with the position while it plays, and the place
-/// where the user starts, stops, selects and edits it.
+/// The card of a plan: its times, weekdays and file and, while it plays, the position on a green background.
+/// Its buttons start, stop, edit and select the plan.
 class PlanItem final : public Card
 {
     Q_OBJECT
@@ -17,8 +17,8 @@ class PlanItem final : public Card
 public:
     explicit PlanItem(const Environment &environment);
 
-    /// Shows `plan` as it stands, with the edit mode and the player's readouts as they are now.
-    void show(const Plan &plan);
+    /// Shows `record` in the current edit mode, and the position of the player while the plan plays.
+    void setRecord(const Plan &record);
 
 private:
     QWidget *makePlaybackRow();
@@ -27,10 +27,10 @@ private:
 
     Environment environment;
     Plan plan;
-    SymbolLabel *repeat;
-    IconButton *edit;
-    IconButton *play;
-    IconButton *select;
+    SymbolLabel *repeatSymbol;
+    IconButton *editButton;
+    IconButton *playButton;
+    IconButton *selectButton;
     ElidedLabel *timeSpan;
     TextRow *weekdays;
     ElidedLabel *music;

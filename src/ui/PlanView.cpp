@@ -8,7 +8,7 @@
 
 namespace {
 
-// A plan that plays has one line more, and a button in any mode.
+// The card of a plan that plays has one more line, and a button outside edit mode too.
 CardSource sourceOf(const Environment &environment)
 {
     CardSource source = recordSource<PlanItem>(environment, environment.planStore.plans);

@@ -4,7 +4,8 @@
 #include "toolkit/CardGrid.h"
 #include "ui/Environment.h"
 
-/// The records of a store as the source of a grid of `Item` cards, which have controls in edit mode only.
+/// The source of a grid of `Item` cards, one for each record of a store. They have controls in edit mode
+/// only.
 template<typename Item, typename Record>
 CardSource recordSource(const Environment &environment, const Published<QList<Record>> &records)
 {
@@ -12,7 +13,8 @@ CardSource recordSource(const Environment &environment, const Published<QList<Re
         .count = [&records] { return int(records->size()); },
         .id = [&records](int index) { return records->at(index).id; },
         .create = [environment] { return new Item(environment); },
-        .show = [&records](Card *card, int index) { static_cast<Item *>(card)->show(records->at(index)); },
+        .show = [&records](Card *card,
+                           int index) { static_cast<Item *>(card)->setRecord(records->at(index)); },
         .heightClass = [](int) { return 0; },
         .hasControls = [&appStore = environment.appStore](int) { return appStore.isEditMode.value(); },
     };

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int columnWidth = 120;
 
-QFrame *makeSeparator()
+QFrame *createSeparator()
 {
     auto *line = new QFrame;
     line->setFrameShape(QFrame::VLine);
@@ -33,24 +33,24 @@ QFrame *makeSeparator()
 
 } // namespace
 
-// The rows of the list and the screens are in the order of NavigationItem's first three cases.
+// The rows of the list and the screens are in the order of NavigationItem.
 Sidebar::Sidebar(const Environment &environment, QWidget *parent)
     : QWidget(parent)
     , appStore(environment.appStore)
     , scheduler(new Scheduler(environment.clock, environment.planStore, environment.holidayStore,
                               environment.historyStore, environment.avPlayer, this))
     , list(new NavigationList)
-    , clockLine(new QLabel)
+    , clockLabel(new QLabel)
     , screens(new QStackedWidget)
-    , column(makeColumn())
-    , separator(makeSeparator())
+    , column(createColumn())
+    , separator(createSeparator())
 {
-    auto *columns = new QHBoxLayout(this);
-    columns->setContentsMargins(0, 0, 0, 0);
-    columns->setSpacing(0);
-    columns->addWidget(column);
-    columns->addWidget(separator);
-    columns->addWidget(screens, 1);
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(column);
+    layout->addWidget(separator);
+    layout->addWidget(screens, 1);
 
     addScreen(tr("Plan"), u"calendar"_s, new PlanView(environment));
     addScreen(tr("Holiday"), u"nosign"_s, new HolidayView(environment));
@@ -60,7 +60,7 @@ Sidebar::Sidebar(const Environment &environment, QWidget *parent)
     setFocusProxy(list);
     connect(list, &QListWidget::itemSelectionChanged, this, &Sidebar::publishSelection);
     new Refresher([this] { applySelection(); }, {&appStore}, this);
-    new Refresher([this] { clockLine->setText(scheduler->nowTime); }, {scheduler}, this);
+    new Refresher([this] { clockLabel->setText(scheduler->nowTime); }, {scheduler}, this);
 
     auto *timer = new TickTimer(environment.clock, *scheduler, this);
     timer->start();
@@ -72,22 +72,22 @@ void Sidebar::toggleSidebar()
     separator->setVisible(!column->isHidden());
 }
 
-QWidget *Sidebar::makeColumn()
+QWidget *Sidebar::createColumn()
 {
     list->setAccessibleName(tr("Screens"));
 
-    clockLine->setAlignment(Qt::AlignCenter);
-    clockLine->setMargin(Style::inset);
+    clockLabel->setAlignment(Qt::AlignCenter);
+    clockLabel->setMargin(Style::inset);
 
-    auto *made = new QWidget;
-    made->setFixedWidth(columnWidth);
-    made->setAutoFillBackground(true);
-    auto *lines = new QVBoxLayout(made);
-    lines->setContentsMargins(0, Style::lineGap, 0, 0);
-    lines->setSpacing(0);
-    lines->addWidget(list, 1);
-    lines->addWidget(clockLine);
-    return made;
+    auto *created = new QWidget;
+    created->setFixedWidth(columnWidth);
+    created->setAutoFillBackground(true);
+    auto *layout = new QVBoxLayout(created);
+    layout->setContentsMargins(0, Style::lineGap, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(list, 1);
+    layout->addWidget(clockLabel);
+    return created;
 }
 
 void Sidebar::addScreen(const QString &text, const QString &symbol, QWidget *screen)
@@ -104,18 +104,18 @@ void Sidebar::publishSelection()
     appStore.selection = selection;
 }
 
-// With several rows or none selected, the screen that was there stays.
+// If several rows or none are selected, the current screen stays.
 void Sidebar::applySelection()
 {
     const QSet<NavigationItem> &selection = appStore.selection;
-    const QSignalBlocker noWriting(list);
+    const QSignalBlocker blocker(list);
     for (int row = 0; row < list->count(); ++row)
         list->item(row)->setSelected(selection.contains(NavigationItem(row)));
     if (selection.size() == 1)
         screens->setCurrentIndex(int(*selection.cbegin()));
 }
 
-// The accent stands out from the window's colour, and so does that from the accent.
+// Selected text has the colour of the window: in light and dark schemes alike the accent contrasts with it.
 void Sidebar::updateColors()
 {
     QPalette colors = palette();

@@ -9,9 +9,9 @@ class QLabel;
 class QStackedWidget;
 class Scheduler;
 
-/// The content of the main window: the navigation list over the running clock, and beside them the screen
-/// that is selected. It owns the timer that drives the scheduler, so that the timetable runs for as long as
-/// the window is there, whatever it shows.
+/// The content of the main window: a column with the navigation list and the clock, and the selected screen.
+/// It owns the timer that drives the scheduler: the timetable runs as long as the window exists, whatever it
+/// shows.
 class Sidebar final : public QWidget
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     void toggleSidebar();
 
 private:
-    QWidget *makeColumn();
+    QWidget *createColumn();
     void addScreen(const QString &text, const QString &symbol, QWidget *screen);
     void publishSelection();
     void applySelection();
@@ -34,7 +34,7 @@ private:
     AppStore &appStore;
     Scheduler *scheduler;
     NavigationList *list;
-    QLabel *clockLine;
+    QLabel *clockLabel;
     QStackedWidget *screens;
     QWidget *column;
     QWidget *separator;
