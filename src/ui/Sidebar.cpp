@@ -56,6 +56,7 @@ Sidebar::Sidebar(const Environment &environment, QWidget *parent)
     addScreen(tr("Holiday"), u"nosign"_s, new HolidayView(environment));
     addScreen(tr("History"), u"clock"_s, new HistoryView(environment));
     updateColors();
+    updateClockSize();
     applySelection();
     setFocusProxy(list);
     connect(list, &QListWidget::itemSelectionChanged, this, &Sidebar::publishSelection);
@@ -77,7 +78,6 @@ QWidget *Sidebar::createColumn()
     list->setAccessibleName(tr("Screens"));
 
     clockLabel->setAlignment(Qt::AlignCenter);
-    clockLabel->setMargin(Style::inset);
 
     auto *created = new QWidget;
     created->setFixedWidth(columnWidth);
@@ -127,9 +127,17 @@ void Sidebar::updateColors()
     separator->setPalette(colors);
 }
 
+// Of a fixed size, so that a new second is painted without a new layout of the window.
+void Sidebar::updateClockSize()
+{
+    clockLabel->setFixedSize(columnWidth, clockLabel->fontMetrics().height() + 2 * Style::inset);
+}
+
 void Sidebar::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)
         updateColors();
+    if (event->type() == QEvent::FontChange)
+        updateClockSize();
     QWidget::changeEvent(event);
 }

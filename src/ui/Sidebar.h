@@ -29,6 +29,7 @@ private:
     void publishSelection();
     void applySelection();
     void updateColors();
+    void updateClockSize();
     void changeEvent(QEvent *event) override;
 
     AppStore &appStore;

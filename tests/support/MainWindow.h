@@ -63,9 +63,12 @@ public:
     QToolBar *toolBar() const { return view.findChild<QToolBar *>(); }
     QListWidget *list() const { return view.findChild<QListWidget *>(); }
 
-    /// The column of the sidebar, and in it the line of the clock.
+    /// The column of the sidebar, and in it the clock.
     QWidget *column() const { return list()->parentWidget(); }
-    QLabel *clockLine() const { return column()->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly); }
+    QLabel *clockLabel() const
+    {
+        return column()->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+    }
 
     /// Clicks the row of that text in the sidebar.
     void chooseScreen(const QString &text, Qt::KeyboardModifiers modifiers = {}) const

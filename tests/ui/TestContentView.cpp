@@ -52,6 +52,24 @@ void addToAllLists(MainWindow &window, const QString &titles)
     }
 }
 
+// Counts the events of a type that reach an object.
+class SeenEvents final : public QObject
+{
+public:
+    SeenEvents(QObject *object, QEvent::Type type) : type(type) { object->installEventFilter(this); }
+
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        count += event->type() == type;
+        return false;
+    }
+
+    int count = 0;
+
+private:
+    QEvent::Type type;
+};
+
 } // namespace
 
 class TestContentView final : public QObject
@@ -171,6 +189,11 @@ private Q_SLOTS:
         const int fromMiddle = window.view.geometry().center().y() - screenArea.center().y();
         QVERIFY(qAbs(fromMiddle) < 50); // the title bar is in the picture
         QTRY_VERIFY(window.card(u"c"_s)->y() == window.card(u"a"_s)->y());
+        SeenEvents layouts(&window.view, QEvent::LayoutRequest);
+        window.tick("08:00:00");
+        QTRY_COMPARE(window.clockLabel()->text(), u"08:00:00"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(layouts.count, 0);
         window.view.resize(100, 100);
         QTRY_COMPARE(window.view.size(), QSize(960, 488));
         QFont large = window.view.font();
@@ -178,6 +201,7 @@ private Q_SLOTS:
         window.view.setFont(large);
         window.appStore.isEditMode = true;
         QTRY_COMPARE(buttons(window), editButtons); // none hidden for want of room
+        QVERIFY(window.clockLabel()->height() >= QFontMetrics(large).height());
     }
 
     void sidebar_changesOnlyByItsRows()
@@ -227,9 +251,9 @@ private Q_SLOTS:
             QVERIFY(!window.players.playing);
             QVERIFY(click(window.toolBar(), button));
             QVERIFY(window.dialog());
-            const QString before = window.clockLine()->text();
+            const QString before = window.clockLabel()->text();
             window.clock.advance(1000);
-            QTRY_VERIFY(window.clockLine()->text() != before);
+            QTRY_VERIFY(window.clockLabel()->text() != before);
             if (window.clock.now().time() < QTime(8, 0)) {
                 press(Qt::Key_Escape);
                 window.closeDialogs();
