@@ -55,11 +55,9 @@ SegmentedChoice::SegmentedChoice(const QStringList &texts, QWidget *parent) : Gr
     row->setSpacing(0);
     for (const QString &text : texts) {
         auto *segment = new Segment(text);
-        const int index = int(segments.size());
-        connect(segment, &QAbstractButton::toggled, this, [this, segment, index](bool checked) {
+        // One stop in the tab chain: the chosen segment.
+        connect(segment, &QAbstractButton::toggled, segment, [segment](bool checked) {
             segment->setFocusPolicy(checked ? Qt::StrongFocus : Qt::ClickFocus);
-            if (checked)
-                Q_EMIT choiceChanged(index);
         });
         segments << segment;
         row->addWidget(segment);

@@ -6,8 +6,9 @@
 
 class QAbstractButton;
 
-/// A choice of exactly one of a few texts, side by side in one frame: with the mouse, or with the arrow keys
-/// while it has the focus. Assistive technology sees radio buttons in a group of its accessible name.
+/// A choice of exactly one of a few texts, side by side in one frame. It is changed by clicks, or by the
+/// arrow keys while it has the focus. Assistive technology sees radio buttons in a group of its accessible
+/// name.
 class SegmentedChoice final : public Group
 {
     Q_OBJECT
@@ -21,9 +22,6 @@ public:
     int choice() const;
 
     void setChoice(int index);
-
-Q_SIGNALS:
-    void choiceChanged(int index);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -49,7 +49,6 @@ private Q_SLOTS:
         choice.setChoice(1);
         choice.show();
         QVERIFY(QTest::qWaitForWindowActive(&choice));
-        QSignalSpy changes(&choice, &SegmentedChoice::choiceChanged);
         const auto segments = choice.findChildren<QAbstractButton *>();
         QTest::keyClick(&choice, Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), segments[1]);
@@ -57,7 +56,6 @@ private Q_SLOTS:
         QCOMPARE(choice.choice(), 0);
         QTest::keyClick(segments[0], Qt::Key_Right);
         QCOMPARE(choice.choice(), 1);
-        QCOMPARE(changes.size(), 2);
         const QAccessibleInterface *segment = QAccessible::queryAccessibleInterface(segments[1]);
         QCOMPARE(segment->role(), QAccessible::RadioButton);
         QVERIFY(segment->state().checked);
