@@ -22,7 +22,7 @@ QLabel *makeLabel(const QString &text, const QFont &font)
     label->setText(text);
     label->setWordWrap(true);
     const int width = label->fontMetrics().size(0, text).width() + 1;
-    label->setFixedWidth(qBound(minimumWidth, width, Style::grown(textWidth, font)));
+    label->setFixedWidth(qBound(minimumWidth, width, Style::scaledToFont(textWidth, font)));
     return label;
 }
 

@@ -43,19 +43,19 @@ Backdrop::Backdrop(Position position, QWidget *window)
     movement.setEndValue(1.0);
     movement.setDuration(int(movementTime.count()));
     movement.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&movement, &QVariantAnimation::valueChanged, this, &Backdrop::place);
-    connect(&movement, &QVariantAnimation::finished, this, &Backdrop::place);
+    connect(&movement, &QVariantAnimation::valueChanged, this, &Backdrop::placePanel);
+    connect(&movement, &QVariantAnimation::finished, this, &Backdrop::placePanel);
 }
 
-void Backdrop::open(QWidget *panel)
+void Backdrop::open(QWidget *newPanel)
 {
-    shown = panel;
+    panel = newPanel;
     panel->installEventFilter(this);
     lockWindow(this);
     raise();
     if (isAnimated())
         movement.start();
-    place();
+    placePanel();
     show();
 }
 
@@ -64,19 +64,19 @@ void Backdrop::close()
     isClosing = true;
     if (isAnimated()) {
         if (position == Position::top)
-            showPicture();
+            replacePanelByPicture();
         movement.setDirection(QAbstractAnimation::Backward);
         movement.start();
     }
-    place();
-    QTimer::singleShot(movementTime, this, &Backdrop::release);
+    placePanel();
+    QTimer::singleShot(movementTime, this, &Backdrop::unlockWindow);
 }
 
 bool Backdrop::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == shown ? event->type() == QEvent::LayoutRequest
+    if (watched == panel ? event->type() == QEvent::LayoutRequest
                          : event->type() == QEvent::Resize || event->type() == QEvent::Move)
-        place();
+        placePanel();
     return false;
 }
 
@@ -86,12 +86,12 @@ void Backdrop::paintEvent(QPaintEvent *)
     QColor dim(Qt::black);
     dim.setAlphaF(float(progress() * (Style::isDark(palette()) ? 0.5 : 0.3)));
     painter.fillRect(rect(), dim);
-    if (!shown || !shown->isVisible())
+    if (!panel || !panel->isVisible())
         return;
     painter.setClipRect(area());
     // No shadow falls on the edge that a sheet hangs from.
     const int above = position == Position::top ? shadow.margin() : 0;
-    shadow.paint(&painter, shown->geometry().adjusted(0, -above, 0, 0));
+    shadow.paint(&painter, panel->geometry().adjusted(0, -above, 0, 0));
 }
 
 bool Backdrop::isAnimated() const
@@ -106,43 +106,43 @@ double Backdrop::progress() const
     return isClosing ? 0 : 1;
 }
 
-// Where the panel may lie. One that is too high for the part below the toolbar gets the whole window.
+// Where the panel may be. One that is too high for the part below the toolbar gets the whole window.
 QRect Backdrop::area() const
 {
     const bool isBelowToolBar =
-        position == Position::top && content != parentWidget() && shown->height() <= content->height();
+        position == Position::top && content != parentWidget() && panel->height() <= content->height();
     return isBelowToolBar ? content->geometry() : rect();
 }
 
-void Backdrop::place()
+void Backdrop::placePanel()
 {
     setGeometry(parentWidget()->rect());
     update();
-    if (!shown)
+    if (!panel)
         return;
     if (!isClosing)
-        shown->resize(shown->sizeHint().boundedTo(shown->maximumSize()).boundedTo(size()));
-    QRect target = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, shown->size(), area());
+        panel->resize(panel->sizeHint().boundedTo(panel->maximumSize()).boundedTo(size()));
+    QRect target = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, panel->size(), area());
     if (position == Position::top) {
         // It slides out from under the toolbar.
         const int hidden = qRound((target.height() - 1) * (1 - progress()));
         target.moveTop(area().top() - hidden);
-        shown->setMask(QRect(0, hidden, target.width(), target.height() - hidden));
+        panel->setMask(QRect(0, hidden, target.width(), target.height() - hidden));
     }
-    shown->setGeometry(target);
+    panel->setGeometry(target);
 }
 
-// The panel itself is gone at once; its picture slides out.
-void Backdrop::showPicture()
+// The panel itself is hidden at once; its picture slides out.
+void Backdrop::replacePanelByPicture()
 {
     auto *picture = new QLabel(this);
-    picture->setPixmap(shown->grab());
-    picture->setGeometry(shown->geometry());
+    picture->setPixmap(panel->grab());
+    picture->setGeometry(panel->geometry());
     picture->show();
-    shown = picture;
+    panel = picture;
 }
 
-void Backdrop::release()
+void Backdrop::unlockWindow()
 {
     hide();
     const bool isTop = isEnabled();

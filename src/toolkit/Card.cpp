@@ -11,10 +11,10 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
-Card::Card(int leastHeight, int mostHeight, QWidget *parent)
+Card::Card(int minHeight, int maxHeight, QWidget *parent)
     : QWidget(parent)
-    , leastHeight(leastHeight)
-    , mostHeight(mostHeight)
+    , minHeight(minHeight)
+    , maxHeight(maxHeight)
     , group(new Group(this))
     , titleLabel(new ElidedLabel)
     , titleRow(new QHBoxLayout)
@@ -28,6 +28,8 @@ Card::Card(int leastHeight, int mostHeight, QWidget *parent)
     column->addLayout(titleRow);
     titleLabel->setColor(Style::white);
     titleLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    // A layout leaves out children that were never shown, and cards are measured before they are shown.
+    // So each child is shown when it is added.
     titleLabel->show();
     updateTitleFont();
 }
@@ -49,9 +51,9 @@ QList<QWidget *> Card::controls() const
 
 QSize Card::sizeHint() const
 {
-    // A line shown or hidden while the card itself is hidden has not reached the layout yet.
+    // A hidden card's layout does not hear of a line that is shown or hidden.
     column->activate();
-    const int bounded = qBound(leastHeight, column->totalSizeHint().height(), mostHeight);
+    const int bounded = qBound(minHeight, column->totalSizeHint().height(), maxHeight);
     return {Style::cardWidth, qMax(bounded, column->totalMinimumSize().height())};
 }
 
@@ -84,7 +86,7 @@ SymbolLabel *Card::addSymbol(const QString &symbol, const QString &name)
     return label;
 }
 
-void Card::addSpace()
+void Card::addStretch()
 {
     column->addSpacerItem(new QSpacerItem(0, Style::lineGap, QSizePolicy::Minimum, QSizePolicy::Expanding));
 }

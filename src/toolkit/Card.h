@@ -12,44 +12,42 @@ class SymbolLabel;
 /// One record in a CardGrid: a rounded rectangle with a title row, icons at its end, and lines below it.
 ///
 /// A screen derives its kind of card from it, builds the lines in its constructor and fills them from a
-/// record. Every setter does nothing when nothing changes, so a card may be filled again at any time. Texts
-/// are elided and never change the size. Assistive technology sees one group named by the title; it lies in a
-/// box of its own, so that whatever is near the title there belongs to this card.
+/// record. Setting what is already shown costs nothing, so a card may be filled again at any time. Texts are
+/// elided and never change the size. Assistive technology sees one group named by the title.
 class Card : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(Card)
 
 public:
-    /// A card between `leastHeight` and `mostHeight` high, except where a large font needs more.
-    Card(int leastHeight, int mostHeight, QWidget *parent = nullptr);
+    /// A card between `minHeight` and `maxHeight` high, except where a large font needs more.
+    Card(int minHeight, int maxHeight, QWidget *parent = nullptr);
 
     QString title() const;
 
     /// The controls that can have the focus now, in tab order.
     QList<QWidget *> controls() const;
 
-    /// The width that a card has at least and the height of its present lines.
+    /// The minimum width of a card, and the height that its visible lines need.
     QSize sizeHint() const override;
 
     void setTitle(const QString &title);
     void setColor(const QColor &color);
 
 protected:
-    /// Adds a button at the end of the title row. The window's tab chain passes it by: the grid leads the
-    /// focus through its cards in the order of the list.
+    /// Adds a button at the end of the title row. It is not in the window's tab chain: the grid leads the
+    /// focus through its cards in list order.
     IconButton *addButton();
 
-    /// Adds an icon at the end of the title row that takes no clicks.
+    /// Adds an icon that takes no clicks at the end of the title row.
     SymbolLabel *addSymbol(const QString &symbol, const QString &name);
 
-    /// Adds space below the lines so far that takes up what height is left over.
-    void addSpace();
+    /// Adds empty space below the lines so far, which gets the height that is left over.
+    void addStretch();
 
-    /// Adds a line. Hidden, it takes no height.
+    /// Adds a line. While hidden it takes no height.
     void addLine(QWidget *line);
 
-    /// Adds a line of text in `color`.
     ElidedLabel *addText(const QColor &color);
 
     void changeEvent(QEvent *event) override;
@@ -60,8 +58,8 @@ private:
     void addToTitleRow(QWidget *widget);
     void updateTitleFont();
 
-    int leastHeight;
-    int mostHeight;
+    int minHeight;
+    int maxHeight;
     QColor color;
     Group *group;
     ElidedLabel *titleLabel;

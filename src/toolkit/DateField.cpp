@@ -3,7 +3,6 @@
 #include "core/TimeText.h"
 #include "platform/Clock.h"
 
-#include <QCalendarWidget>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -18,7 +17,7 @@ QString formatOf(const QLocale &locale)
     QString format = locale.dateFormat(QLocale::ShortFormat);
     if (format.contains(u"MMM"_s)) // a name, which digits cannot type
         return TimeText::datePattern.toString();
-    // Bidi marks would turn the sections around one by one.
+    // Bidi marks would reverse each section by itself.
     format.remove(QChar(0x200E)).remove(QChar(0x200F));
     return format.contains(u"yyyy"_s) ? format : format.replace(u"yy"_s, u"yyyy"_s);
 }
@@ -70,8 +69,8 @@ void DateField::keyPressEvent(QKeyEvent *event)
         typedDigits.clear();
 }
 
-// Qt would take each section by itself: no 30 of a month that is still February, and "0" for the next
-// section.
+// Qt validates each section by itself: it would refuse day 30 while the month to be replaced is February, and
+// pass a leading 0 on to the next section.
 void DateField::typeDigit(int digit)
 {
     if (lineEdit()->selectedText() == text())
@@ -118,6 +117,7 @@ void DateField::enterNextSection()
 
 void DateField::openCalendar()
 {
+    // Qt has no function that opens the calendar; a press on the arrow does.
     QStyleOptionComboBox option;
     option.initFrom(this);
     option.editable = true;

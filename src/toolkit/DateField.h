@@ -7,7 +7,7 @@
 
 class Clock;
 
-/// A day, shown in the short form of the user's locale with all digits of the year. A calendar pops up from
+/// A date, shown in the short form of the user's locale with all digits of the year. A calendar pops up from
 /// its arrow, or with F4 or Alt+Down.
 ///
 /// A year typed with two digits is one of this century. A typed day that its month does not have becomes the
@@ -18,10 +18,10 @@ class DateField final : public DateTimeField
     Q_DISABLE_COPY_MOVE(DateField)
 
 public:
-    /// Shows the day that `text` denotes ("yyyy-MM-dd"), or today when it denotes none.
+    /// Shows the date `text` ("yyyy-MM-dd"), or today's where that is not one.
     DateField(const QString &text, const Clock &clock, QWidget *parent = nullptr);
 
-    /// The day as "yyyy-MM-dd".
+    /// The date as "yyyy-MM-dd".
     QString dateText() const;
 
 protected:

@@ -46,7 +46,7 @@ void DateTimeField::typeDigit(int digit)
 {
     if (lineEdit()->selectedText() == text())
         setSelectedSection(sectionAt(0));
-    // Whatever script the keyboard writes its digits in, these are understood.
+    // QDateTimeEdit only understands Latin digits, whichever the keyboard has.
     QKeyEvent press(QEvent::KeyPress, Qt::Key_0 + digit, Qt::NoModifier, QString::number(digit));
     QDateTimeEdit::keyPressEvent(&press);
 }

@@ -51,11 +51,11 @@ DisplayGuard::DisplayGuard(QObject *parent) : QObject(parent)
     if (QGuiApplication::platformName() != u"xcb")
         return;
     connection = qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-    clipboard = atom(connection, "CLIPBOARD");
-    targets = atom(connection, "TARGETS");
-    self = xcb_generate_id(connection);
+    clipboardAtom = atom(connection, "CLIPBOARD");
+    targetsAtom = atom(connection, "TARGETS");
+    replyWindow = xcb_generate_id(connection);
     const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, self, screen->root, 0, 0, 1, 1, 0,
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, replyWindow, screen->root, 0, 0, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     qApp->installEventFilter(this);
     qApp->installNativeEventFilter(this);
@@ -63,37 +63,38 @@ DisplayGuard::DisplayGuard(QObject *parent) : QObject(parent)
 
 bool DisplayGuard::eventFilter(QObject *watched, QEvent *event)
 {
-    if (isPassing)
+    if (isReplaying)
         return false;
     if (event->type() == QEvent::UpdateRequest)
-        return delayUpdate(watched);
+        return holdUpdate(watched);
     return readsClipboard(*event) && isTextField(watched) &&
-           delayPaste(static_cast<QWidget *>(watched), *event);
+           holdPaste(static_cast<QWidget *>(watched), *event);
 }
 
-// Sends a message to `self` through the display.
-bool DisplayGuard::delayUpdate(QObject *object)
+// Sends a message to the reply window by way of the display.
+bool DisplayGuard::holdUpdate(QObject *object)
 {
-    outdated.emplace_back(object);
-    if (outdated.size() > 1)
+    heldUpdates.emplace_back(object);
+    if (heldUpdates.size() > 1)
         return true;
     xcb_client_message_event_t message = {};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
-    message.window = self;
+    message.window = replyWindow;
     message.type = XCB_ATOM_INTEGER;
-    xcb_send_event(connection, 0, self, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char *>(&message));
+    xcb_send_event(connection, 0, replyWindow, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char *>(&message));
     xcb_flush(connection);
     return true;
 }
 
-bool DisplayGuard::delayPaste(QWidget *newField, const QEvent &event)
+bool DisplayGuard::holdPaste(QWidget *field, const QEvent &event)
 {
-    field = newField;
+    pasteField = field;
     pasteEvent.reset(event.clone());
     pasteDeadline.setRemainingTime(2s);
-    const quint32 selection = isMiddleClick(event) ? quint32(XCB_ATOM_PRIMARY) : clipboard;
-    xcb_convert_selection(connection, self, selection, targets, targets, XCB_CURRENT_TIME);
+    const quint32 selection = isMiddleClick(event) ? quint32(XCB_ATOM_PRIMARY) : clipboardAtom;
+    xcb_convert_selection(connection, replyWindow, selection, targetsAtom, targetsAtom, XCB_CURRENT_TIME);
     xcb_flush(connection);
     return true;
 }
@@ -104,32 +105,32 @@ bool DisplayGuard::nativeEventFilter(const QByteArray &, void *message, qintptr 
     const int type = event->response_type & 0x7f;
     // Queued, as this is called in the middle of Qt's own handling of events.
     if (type == XCB_CLIENT_MESSAGE &&
-        reinterpret_cast<const xcb_client_message_event_t *>(event)->window == self) {
-        QMetaObject::invokeMethod(this, &DisplayGuard::update, Qt::QueuedConnection);
+        reinterpret_cast<const xcb_client_message_event_t *>(event)->window == replyWindow) {
+        QMetaObject::invokeMethod(this, &DisplayGuard::replayUpdates, Qt::QueuedConnection);
         return true;
     }
     if (type == XCB_SELECTION_NOTIFY &&
-        reinterpret_cast<const xcb_selection_notify_event_t *>(event)->requestor == self) {
-        QMetaObject::invokeMethod(this, &DisplayGuard::paste, Qt::QueuedConnection);
+        reinterpret_cast<const xcb_selection_notify_event_t *>(event)->requestor == replyWindow) {
+        QMetaObject::invokeMethod(this, &DisplayGuard::replayPaste, Qt::QueuedConnection);
         return true;
     }
     return false;
 }
 
-void DisplayGuard::update()
+void DisplayGuard::replayUpdates()
 {
-    const QScopedValueRollback guard(isPassing, true);
-    for (const QPointer<QObject> &object : std::exchange(outdated, {})) {
+    const QScopedValueRollback guard(isReplaying, true);
+    for (const QPointer<QObject> &object : std::exchange(heldUpdates, {})) {
         QEvent event(QEvent::UpdateRequest);
         if (object)
             QCoreApplication::sendEvent(object, &event);
     }
 }
 
-void DisplayGuard::paste()
+void DisplayGuard::replayPaste()
 {
-    const QScopedValueRollback guard(isPassing, true);
+    const QScopedValueRollback guard(isReplaying, true);
     const std::unique_ptr<QEvent> event = std::move(pasteEvent);
-    if (field && event && !pasteDeadline.hasExpired())
-        QCoreApplication::sendEvent(field, event.get());
+    if (pasteField && event && !pasteDeadline.hasExpired())
+        QCoreApplication::sendEvent(pasteField, event.get());
 }

@@ -31,19 +31,19 @@ public:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
 
 private:
-    bool delayUpdate(QObject *object);
-    bool delayPaste(QWidget *field, const QEvent &event);
-    void update();
-    void paste();
+    bool holdUpdate(QObject *object);
+    bool holdPaste(QWidget *field, const QEvent &event);
+    void replayUpdates();
+    void replayPaste();
 
     xcb_connection_t *connection = nullptr;
-    quint32 self = 0; // a window that is never shown, for the answers
-    quint32 clipboard = 0;
-    quint32 targets = 0;
-    bool isPassing = false; // what was held back goes through
+    quint32 replyWindow = 0; // never shown
+    quint32 clipboardAtom = 0;
+    quint32 targetsAtom = 0;
+    bool isReplaying = false;
 
-    std::vector<QPointer<QObject>> outdated; // to be sent their UpdateRequest
-    QPointer<QWidget> field;
-    std::unique_ptr<QEvent> pasteEvent; // for the field
+    std::vector<QPointer<QObject>> heldUpdates; // to be sent their UpdateRequest
+    QPointer<QWidget> pasteField;
+    std::unique_ptr<QEvent> pasteEvent;
     QDeadlineTimer pasteDeadline;
 };

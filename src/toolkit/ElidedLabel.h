@@ -2,7 +2,7 @@
 
 #include <QLabel>
 
-/// One line of plain text that gives way: what does not fit is elided, and the whole text is its tool tip.
+/// One line of plain text that is elided where it does not fit; its tool tip then has the whole text.
 ///
 /// Its height is that of its font whatever characters it shows, and its minimum width is 0. Words run in the
 /// direction of their script, numbers alone in that of the layout. It keeps the first thousand characters of
@@ -17,7 +17,7 @@ public:
 
     void setText(const QString &text);
 
-    /// True while part of the text is not to be seen.
+    /// Whether part of the text is cut off.
     bool isElided() const;
 
     void setColor(const QColor &color);

@@ -12,16 +12,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the endings of the names of files of these kinds are, in either case: some file panels tell them
-// apart.
+// Extensions in lower and upper case, as the filters of some file dialogs are case-sensitive.
 QString soundFilter()
 {
     const QStringList kinds{u"MP3"_s, u"AAC"_s, u"ALAC"_s, u"IMA4"_s, u"linear"_s};
-    const QStringList endings{u"mp3"_s, u"aac"_s,  u"m4a"_s,  u"m4b"_s,  u"mp4"_s, u"caf"_s, u"wav"_s,
-                              u"aif"_s, u"aiff"_s, u"aifc"_s, u"flac"_s, u"ogg"_s, u"oga"_s, u"opus"_s};
+    const QStringList extensions{u"mp3"_s, u"aac"_s,  u"m4a"_s,  u"m4b"_s,  u"mp4"_s, u"caf"_s, u"wav"_s,
+                                 u"aif"_s, u"aiff"_s, u"aifc"_s, u"flac"_s, u"ogg"_s, u"oga"_s, u"opus"_s};
     QStringList patterns;
-    for (const QString &ending : endings)
-        patterns << u"*."_s + ending << u"*."_s + ending.toUpper();
+    for (const QString &extension : extensions)
+        patterns << u"*."_s + extension << u"*."_s + extension.toUpper();
     return kinds.join(u", "_s) + u" ("_s + patterns.join(u' ') + u')';
 }
 
@@ -39,7 +38,7 @@ QString folderOf(const QString &current)
 
 constexpr int timeoutMs = 2000;
 
-// Asks the portal for the version of its file panel: any answer means that it is there.
+// Asks the portal for the version of its file dialog: any answer means that it is there.
 QDBusMessage portalVersion()
 {
     auto version = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,

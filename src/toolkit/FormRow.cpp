@@ -28,7 +28,7 @@ void FormRow::addField(QWidget *field, int stretch)
     row->addWidget(field, stretch);
 }
 
-void FormRow::addSpace()
+void FormRow::addStretch()
 {
     row->addStretch();
 }
@@ -42,5 +42,5 @@ void FormRow::changeEvent(QEvent *event)
 
 void FormRow::updateLabelWidth()
 {
-    label->setFixedWidth(Style::grown(Style::labelWidth, font()));
+    label->setFixedWidth(Style::scaledToFont(Style::labelWidth, font()));
 }

@@ -7,7 +7,8 @@ class QLabel;
 
 /// A row of a form: a label at the leading side, and one field or more behind it.
 ///
-/// The label leads the focus to the first field, and names every field that has no text of its own.
+/// The label is the buddy of the first field, and the accessible name of every field without a text of its
+/// own.
 class FormRow final : public QWidget
 {
     Q_OBJECT
@@ -16,11 +17,11 @@ class FormRow final : public QWidget
 public:
     explicit FormRow(const QString &text, QWidget *parent = nullptr);
 
-    /// Adds a field behind those so far; `stretch` is its share of the width that is left over.
+    /// Appends a field; `stretch` is its share of the width that is left over.
     void addField(QWidget *field, int stretch = 0);
 
-    /// Leaves what width is left over empty.
-    void addSpace();
+    /// Appends empty space, which gets the width that is left over.
+    void addStretch();
 
 protected:
     void changeEvent(QEvent *event) override;

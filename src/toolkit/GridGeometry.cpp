@@ -38,9 +38,9 @@ QRect GridGeometry::rect(int index) const
     return {x, tops[row], right - left, tops[row + 1] - tops[row] - Style::rowGap};
 }
 
-int GridGeometry::firstAt(int top) const
+int GridGeometry::firstAt(int y) const
 {
-    const auto row = std::upper_bound(tops.begin(), tops.end(), top) - tops.begin() - 1;
+    const auto row = std::upper_bound(tops.begin(), tops.end(), y) - tops.begin() - 1;
     return std::clamp(int(row) * columns, 0, std::max(0, count - 1));
 }
 

@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-/// Where the cards of a page lie: as many columns of equal width as fit, filled row by row, each row as high
-/// as its highest card, the standard inset around them. It costs four bytes a row.
+/// Where the cards are on their page: as many columns of equal width as fit, filled row by row, each row as
+/// high as its highest card, the standard inset around them. It costs four bytes a row.
 class GridGeometry final
 {
 public:
@@ -28,13 +28,12 @@ public:
     /// The height of the page.
     int height() const;
 
-    /// The place of a card on the page.
     QRect rect(int index) const;
 
-    /// The first card of the row at a height on the page; 0 without cards.
-    int firstAt(int top) const;
+    /// The first card of the row at `y`; 0 without cards.
+    int firstAt(int y) const;
 
-    /// The cards of the rows between two heights on the page, and of one row more on either side.
+    /// The cards of the rows from `top` to `bottom`, and of one row more on either side.
     Range rowsBetween(int top, int bottom) const;
 
     bool operator==(const GridGeometry &) const = default;
@@ -44,6 +43,6 @@ private:
     int width = 0;
     int columns = 1;
     Qt::LayoutDirection direction = Qt::LeftToRight;
-    /// The top of each row and, last, of the row that would follow.
+    /// The top of each row, and of the one that would follow the last.
     std::vector<int> tops;
 };

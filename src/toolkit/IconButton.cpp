@@ -45,7 +45,7 @@ void IconButton::checkStateSet()
 {
     if (isShowingRecord)
         return;
-    // Assistive technology toggles the state itself instead of clicking.
+    // Assistive technology toggles the state instead of clicking: take that back, and click.
     setChecked(!isChecked());
     Q_EMIT clicked(isChecked());
 }

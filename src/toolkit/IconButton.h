@@ -5,8 +5,8 @@
 /// A small icon on a card that takes clicks: 16 by 16, white at 0.7 opacity, in a larger square that is
 /// easier to hit.
 ///
-/// A checkable one shows the state of a record: a click, also one by assistive technology, only emits
-/// clicked(), and the state changes when whoever owns the record calls setChecked().
+/// A checkable one shows the state of a record. A click, also one by assistive technology, only emits
+/// clicked(); the state changes when the record's owner calls setChecked().
 class IconButton final : public QAbstractButton
 {
     Q_OBJECT
@@ -15,13 +15,12 @@ class IconButton final : public QAbstractButton
 public:
     explicit IconButton(QWidget *parent = nullptr);
 
-    /// What it shows and how it is called by assistive technology and in its tool tip.
+    /// `name` is for assistive technology and the tool tip.
     void setSymbol(const QString &symbol, const QString &name);
 
     /// Makes it checkable, with a symbol for each state.
     void setSymbols(const QString &unchecked, const QString &checked, const QString &name);
 
-    /// Shows the state of the record.
     void setChecked(bool checked);
 
     QSize sizeHint() const override;

@@ -22,8 +22,8 @@ LinearProgress::LinearProgress(QWidget *parent) : QProgressBar(parent)
 
 void LinearProgress::setProgress(double value, double total)
 {
-    const double share = total > 0 ? std::clamp(value / total, 0.0, 1.0) : 0.0;
-    setValue(qRound(share * steps));
+    const double fraction = total > 0 ? std::clamp(value / total, 0.0, 1.0) : 0.0;
+    setValue(qRound(fraction * steps));
 }
 
 QSize LinearProgress::sizeHint() const

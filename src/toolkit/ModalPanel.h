@@ -18,13 +18,13 @@ public:
     /// to.
     ModalPanel(Backdrop::Position position, const QString &title, QWidget *parent);
 
-    /// Where it lies in the window.
+    /// Where it is in the window.
     Backdrop::Position position() const { return panelPosition; }
 
-    /// Shows the panel and gives the focus to the widget in it that had it set last.
+    /// Shows the panel; the focus goes to the widget in it that setFocus() was last called for.
     void open() override;
 
-    /// Closes the panel for good: whatever is still on its way to its buttons does nothing any more.
+    /// Closes the panel. Clicks that come after that, while it disappears, do nothing.
     void done(int result) override;
 
 protected:

@@ -6,11 +6,11 @@
 
 class ObservableObject;
 
-/// Answers any number of changes of the objects that it observes with one call of `refresh`, on the next
-/// turn of the event loop, when the new values are there.
+/// Calls `refresh` once for any number of changes of the objects that it observes, in the next iteration of
+/// the event loop, when the new values are there.
 ///
-/// It asks for that turn as a widget asks for its repaint, by an event UpdateRequest, which DisplayGuard
-/// holds back while the display does not respond: to show a widget takes replies of the display, too.
+/// It posts itself an UpdateRequest, as a widget does for its repaint: DisplayGuard holds that back while the
+/// display does not respond, for to show a widget takes replies of the display, too.
 class Refresher final : public QObject
 {
     Q_OBJECT

@@ -42,15 +42,16 @@ QColor Style::sidebarColor(const QPalette &palette)
             mix(window.blue(), text.blue())};
 }
 
-int Style::grown(int length, const QFont &font)
+int Style::scaledToFont(int length, const QFont &font)
 {
-    constexpr int usualHeight = 19;
+    constexpr int usualHeight =
+        19; // the line height of most desktops' default font, 10 or 11 points at 96 dpi
     return std::max(length, length * QFontMetrics(font).height() / usualHeight);
 }
 
 QSize Style::iconSizeBeside(const QFont &font)
 {
-    const int side = grown(iconSize, font);
+    const int side = scaledToFont(iconSize, font);
     return {side, side};
 }
 

@@ -23,13 +23,13 @@ inline constexpr int cardWidth = 240;
 inline constexpr qreal cardRadius = 10;
 
 inline constexpr int iconSize = 16;
-/// What a click on an icon may miss it by is given back here: the side of the square that takes the click.
+/// The side of the square around an icon that takes its clicks.
 inline constexpr int hitSize = 24;
 
 inline constexpr QSize sheetSize{450, 250};
 inline constexpr QSize sheetMaximum{800, 600};
 inline constexpr int labelWidth = 60;
-/// By how much fields and buttons stand behind the beginning of a form's rows.
+/// From the leading edge of a form's rows to their fields and buttons.
 inline constexpr int fieldOffset = 70;
 
 inline constexpr int animationMilliseconds = 800;
@@ -63,8 +63,8 @@ QColor lineColor(const QPalette &palette);
 /// The background of a sidebar that sets it apart from the window background of `palette`.
 QColor sidebarColor(const QPalette &palette);
 
-/// `length` in proportion to `font` where that is larger than usual.
-int grown(int length, const QFont &font);
+/// `length`, which suits a font of the usual size, enlarged in proportion for a larger `font`.
+int scaledToFont(int length, const QFont &font);
 
 /// The size of an icon beside text in `font`.
 QSize iconSizeBeside(const QFont &font);

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the paths are made for.
+// What the paths are designed for.
 constexpr qreal gridSize = 16;
 constexpr qreal penWidth = 1.5;
 

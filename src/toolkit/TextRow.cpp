@@ -17,7 +17,7 @@ TextRow::TextRow(const QStringList &texts, QWidget *parent) : QWidget(parent)
         labels << new ElidedLabel;
         labels.last()->setText(text);
         row->addWidget(labels.last());
-        labels.last()->show();
+        labels.last()->show(); // or the layout would leave it out while a card is measured
     }
     row->addStretch();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -37,31 +37,31 @@ QSize TextRow::minimumSizeHint() const
 void TextRow::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange)
-        fit();
+        shrinkToFit();
     QWidget::changeEvent(event);
 }
 
 void TextRow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    fit();
+    shrinkToFit();
 }
 
-qreal TextRow::neededWidth(qreal scale) const
+qreal TextRow::widthAt(qreal scale) const
 {
     const QFontMetricsF metrics(Style::scaled(font(), scale));
-    qreal needed = int(Style::spacing * scale) * qreal(labels.size() - 1);
+    qreal width = int(Style::spacing * scale) * qreal(labels.size() - 1);
     for (const ElidedLabel *label : labels)
-        needed += std::ceil(metrics.horizontalAdvance(label->text()));
-    return needed;
+        width += std::ceil(metrics.horizontalAdvance(label->text()));
+    return width;
 }
 
-void TextRow::fit()
+void TextRow::shrinkToFit()
 {
     constexpr qreal step = 0.05;
     constexpr qreal least = 0.4;
     qreal scale = 1;
-    while (scale > least && neededWidth(scale) > width())
+    while (scale > least && widthAt(scale) > width())
         scale -= step;
     layout()->setSpacing(int(Style::spacing * scale));
     for (ElidedLabel *label : std::as_const(labels))

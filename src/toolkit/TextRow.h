@@ -26,8 +26,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    qreal neededWidth(qreal scale) const;
-    void fit();
+    qreal widthAt(qreal scale) const;
+    void shrinkToFit();
 
     QList<ElidedLabel *> labels;
 };

@@ -13,9 +13,9 @@ QTransform TiltEffect::transform(const QRectF &rect, double degrees)
     constexpr double perspective = 0.2;
     const double radians = qDegreesToRadians(degrees);
     const double depth = perspective * std::sin(radians) / std::max({rect.width(), rect.height(), 1.0});
-    const QTransform turn(1, 0, 0, 0, std::cos(radians), -depth, 0, 0, 1);
+    const QTransform rotation(1, 0, 0, 0, std::cos(radians), -depth, 0, 0, 1);
     const QPointF centre = rect.center();
-    return QTransform::fromTranslate(-centre.x(), -centre.y()) * turn *
+    return QTransform::fromTranslate(-centre.x(), -centre.y()) * rotation *
            QTransform::fromTranslate(centre.x(), centre.y());
 }
 

@@ -2,22 +2,21 @@
 
 #include <QGraphicsEffect>
 
-/// Draws a widget, with all that lies in it, turned about the horizontal axis through its centre, in
-/// perspective.
+/// Draws a widget and its children rotated about the horizontal axis through its centre, in perspective.
 class TiltEffect final : public QGraphicsEffect
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(TiltEffect)
 
 public:
-    /// What the page starts from when it is first shown.
+    /// The angle when the page is first shown.
     static constexpr double startDegrees = 20;
 
-    /// For `page`, whose children reach beyond themselves by `margin` at most, with their shadows. The rest
-    /// of it is of one colour and is left out, as turning a pixel is expensive.
+    /// For `page`, whose children have shadows that reach up to `margin` beyond them. The rest of it is of
+    /// one colour and is left out, as transforming a pixel is expensive.
     TiltEffect(QWidget &page, int margin);
 
-    /// The turn of a rectangle by `degrees`: positive ones bring its lower edge nearer.
+    /// The rotation of `rect` by `degrees`; positive ones bring its lower edge nearer.
     static QTransform transform(const QRectF &rect, double degrees);
 
     void setDegrees(double degrees);

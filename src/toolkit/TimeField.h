@@ -11,7 +11,7 @@ class TimeField final : public DateTimeField
     Q_DISABLE_COPY_MOVE(TimeField)
 
 public:
-    /// Shows the time that `text` denotes ("HH:mm"), or the current one when it denotes none.
+    /// Shows the time `text` ("HH:mm"), or the current one where that is not a time.
     TimeField(const QString &text, const Clock &clock, QWidget *parent = nullptr);
 
     /// The time as "HH:mm".

@@ -27,7 +27,7 @@ void EditSheet::addFieldRow(const QString &label, QWidget *field)
 {
     auto *row = new FormRow(label);
     row->addField(field);
-    row->addSpace();
+    row->addStretch();
     addRow(row);
 }
 

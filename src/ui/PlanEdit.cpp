@@ -95,7 +95,7 @@ void PlanEdit::addWeekRow()
         week[day]->setChecked(plan.*planWeekdays[day]);
         row->addField(week[day]);
     }
-    row->addSpace();
+    row->addStretch();
     addRow(row);
 }
 

@@ -26,7 +26,7 @@ PlanItem::PlanItem(const Environment &environment) : Card(100, 140), environment
     playButton = addButton();
     selectButton = addButton();
     selectButton->setSymbols(u"square"_s, u"checkmark.square"_s, tr("Select"));
-    addSpace();
+    addStretch();
     timeSpan = addText(Style::softWhite);
     weekdays = new TextRow({tr("Sun"), tr("Mon"), tr("Tue"), tr("Wed"), tr("Thu"), tr("Fri"), tr("Sat")});
     addLine(weekdays);

@@ -6,8 +6,8 @@
 #include <QTest>
 #include <QWidget>
 
-/// The visible widget in or over `root` that takes the focus and that assistive technology calls `name`.
-/// Null when there is none.
+/// The visible widget in `root` that can have the focus and that assistive technology calls `name`. Null when
+/// there is none.
 template<typename Widget = QWidget>
 Widget *control(const QWidget *root, const QString &name)
 {
@@ -20,7 +20,7 @@ Widget *control(const QWidget *root, const QString &name)
     return nullptr;
 }
 
-/// Clicks the control of that name. False when there is none, or it takes no clicks.
+/// Clicks the control of that name. False when there is none or it is disabled.
 inline bool click(const QWidget *root, const QString &name)
 {
     auto *widget = control(root, name);
@@ -30,7 +30,7 @@ inline bool click(const QWidget *root, const QString &name)
     return true;
 }
 
-/// Replaces what stands in the line of text of that name. False when there is none.
+/// Replaces the text in the line of that name. False when there is none.
 inline bool type(const QWidget *root, const QString &name, const QString &text)
 {
     auto *widget = control(root, name);
@@ -43,7 +43,7 @@ inline bool type(const QWidget *root, const QString &name, const QString &text)
     return true;
 }
 
-/// Sends the characters as keys, whatever keyboard it takes to write them.
+/// Sends the characters as key presses, as a keyboard of any script does.
 inline void typeKeys(QWidget *widget, const QString &text)
 {
     for (const QChar &key : text) {
