@@ -35,8 +35,22 @@ public:
             environment.insert(QString::fromLatin1(name), folder.path());
         // A sanitizer or a faked clock is for the program under test.
         environment.remove(QStringLiteral("LD_PRELOAD"));
-        if (isPipeWire)
+        const QString listSinks = QStringLiteral("pactl list short sinks");
+        if (isPipeWire) {
+            // wireplumber connects streams with sinks. A stream that is there before the sink has its ports
+            // may stay silent.
+            daemons = {{QStringLiteral("pipewire"), listSinks, ""},
+                       {QStringLiteral("wireplumber"), QStringLiteral("pw-link --input"), "ear:playback_FL"},
+                       {QStringLiteral("pipewire-pulse"), listSinks, "ear"}};
             configurePipeWire();
+        } else {
+            // Without `norewinds` an idle sink plays in blocks of two seconds.
+            const QString command = QStringLiteral(
+                "pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 --high-priority=no "
+                "--realtime=no -L \"module-native-protocol-unix auth-anonymous=1 socket=%1\" "
+                "-L \"module-null-sink sink_name=ear rate=48000 norewinds=1\"");
+            daemons = {{command.arg(path("pulse/native")), listSinks, "ear"}};
+        }
     }
 
     ~SoundServerProcess() { kill(); }
@@ -50,35 +64,35 @@ public:
         kill();
         QFile::remove(path("pulse/native"));
         QFile::remove(path("pipewire-0"));
-        const auto hasSink = [this] {
-            for (qsizetype i = 0; i < commands.size(); ++i) {
-                // PipeWire's others end when they find no pipewire.
-                if (daemons[size_t(i)].state() == QProcess::NotRunning)
-                    run(daemons[size_t(i)], commands[i]);
-            }
-            return !addSink(QStringLiteral("ear")).isEmpty();
-        };
-        return QTest::qWaitFor(hasSink, 20000) && record();
+        for (qsizetype i = 0; i < daemons.size(); ++i) {
+            const auto isUp = [this, &daemon = daemons[i], &process = processes[size_t(i)]] {
+                // PipeWire's others end when nobody listens at its socket yet.
+                if (process.state() == QProcess::NotRunning)
+                    run(process, daemon.command);
+                return output(daemon.probe).contains(daemon.sign);
+            };
+            if (!QTest::qWaitFor(isUp, 10000))
+                return false;
+        }
+        return record();
     }
 
-    /// Adds a sink that is ready to play, and returns the number of its module; nothing when that fails.
+    /// Adds a sink, and returns the number of its module.
     QByteArray addSink(const QString &name) const
     {
-        // Without `norewinds` an idle sink of PulseAudio plays in blocks of two seconds.
-        const QByteArray module = control(
-            QStringLiteral("load-module module-null-sink sink_name=%1 rate=48000 norewinds=1").arg(name));
-        // A stream that is there before PipeWire's sink has its ports may stay silent.
+        const QByteArray module =
+            control(QStringLiteral("load-module module-null-sink sink_name=%1").arg(name));
         const auto hasPorts = [&] {
             return !isPipeWire ||
                    output(QStringLiteral("pw-link --input")).contains(name.toUtf8() + ":playback_FL");
         };
-        return !module.isEmpty() && QTest::qWaitFor(hasPorts, 10000) ? module : QByteArray();
+        return QTest::qWaitFor(hasPorts, 10000) ? module : QByteArray();
     }
 
     /// Ends the server and the recorder, as a crash would.
     void kill()
     {
-        for (QProcess *process : {&recorder, &daemons[0], &daemons[1], &daemons[2]}) {
+        for (QProcess *process : {&recorder, &processes[0], &processes[1], &processes[2]}) {
             process->kill();
             process->waitForFinished();
         }
@@ -98,9 +112,9 @@ public:
     /// Sends a signal to the server: SIGSTOP holds it up, as a deadlock would, until SIGCONT.
     void signal(int number)
     {
-        for (const QProcess &daemon : daemons) {
-            if (daemon.state() == QProcess::Running)
-                ::kill(pid_t(daemon.processId()), number);
+        for (const QProcess &process : processes) {
+            if (process.state() == QProcess::Running)
+                ::kill(pid_t(process.processId()), number);
         }
     }
 
@@ -123,6 +137,14 @@ public:
     qint64 began() const { return beganAt; }
 
 private:
+    // `sign` is in the output of `probe` when the daemon is ready.
+    struct Daemon
+    {
+        QString command;
+        QString probe;
+        QByteArray sign;
+    };
+
     QString path(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
 
     void run(QProcess &process, const QString &command) const
@@ -153,7 +175,9 @@ private:
         };
         write("pipewire/pipewire.conf.d", "test.conf",
               "context.properties = { default.clock.quantum = 4096 default.clock.min-quantum = 4096 "
-              "default.clock.max-quantum = 4096 }");
+              "default.clock.max-quantum = 4096 } "
+              "context.objects = [ { factory = adapter args = { factory.name = support.null-audio-sink "
+              "node.name = ear media.class = Audio/Sink audio.position = [ FL FR ] } } ]");
         write("wireplumber/main.lua.d", "60-none.lua",
               "alsa_monitor.enabled = false v4l2_monitor.enabled = false libcamera_monitor.enabled = false "
               "default_access.properties[\"enable-flatpak-portal\"] = false");
@@ -187,15 +211,8 @@ private:
 
     const QTemporaryDir folder;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    const QStringList commands =
-        isPipeWire
-            ? QStringList{QStringLiteral("pipewire"), QStringLiteral("wireplumber"),
-                          QStringLiteral("pipewire-pulse")}
-            : QStringList{QStringLiteral("pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 "
-                                         "--high-priority=no --realtime=no "
-                                         "-L \"module-native-protocol-unix auth-anonymous=1 socket=%1\"")
-                              .arg(path("pulse/native"))};
-    std::array<QProcess, 3> daemons;
+    QList<Daemon> daemons;
+    std::array<QProcess, 3> processes; // of daemons
     QProcess recorder;
     SoundRecording recording;
     qint64 beganAt = 0;
