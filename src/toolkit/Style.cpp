@@ -76,6 +76,15 @@ QFont Style::scaled(QFont font, qreal factor)
     return font;
 }
 
+qreal Style::fittingScale(qreal minimum, const std::function<bool(qreal scale)> &fits)
+{
+    constexpr qreal step = 0.05;
+    qreal scale = 1;
+    while (scale > minimum && !fits(scale))
+        scale -= step;
+    return std::max(scale, minimum);
+}
+
 QFont Style::titleFont(const QFont &font)
 {
     QFont title = scaled(font, 1.3);

@@ -6,6 +6,8 @@
 #include <QPalette>
 #include <QSize>
 
+#include <functional>
+
 class QPainter;
 
 /// The measures, colours and curves that the screens share. Lengths are in device-independent pixels.
@@ -74,6 +76,10 @@ void paintFocus(QPainter *painter, const QRect &rect, const QColor &color);
 
 /// `font` in a size multiplied by `factor`.
 QFont scaled(QFont font, qreal factor);
+
+/// The largest scale from 1 down to `minimum`, in steps of 0.05, for which `fits` returns true; `minimum`
+/// when none does.
+qreal fittingScale(qreal minimum, const std::function<bool(qreal scale)> &fits);
 
 /// The second-level title font that goes with text in `font`: bold and larger.
 QFont titleFont(const QFont &font);

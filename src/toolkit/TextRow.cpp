@@ -58,11 +58,8 @@ qreal TextRow::widthAt(qreal scale) const
 
 void TextRow::shrinkToFit()
 {
-    constexpr qreal step = 0.05;
-    constexpr qreal least = 0.4;
-    qreal scale = 1;
-    while (scale > least && widthAt(scale) > width())
-        scale -= step;
+    const qreal scale =
+        Style::fittingScale(0.4, [this](qreal candidate) { return widthAt(candidate) <= width(); });
     layout()->setSpacing(int(Style::spacing * scale));
     for (ElidedLabel *label : std::as_const(labels))
         label->setFont(Style::scaled(font(), scale));

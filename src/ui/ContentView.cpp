@@ -155,15 +155,15 @@ void ContentView::updateToolBar()
 // Smaller where the texts are too wide for the window, so that no button is hidden.
 void ContentView::fitToolBar()
 {
-    constexpr qreal step = 0.05;
-    constexpr qreal minimumScale = 0.5;
-    for (qreal scale = 1; scale > minimumScale; scale -= step) {
-        const QFont fitting = Style::scaled(font(), scale);
-        toolBar->setFont(fitting);
-        toolBar->setIconSize(Style::iconSizeBeside(fitting));
-        if (toolBar->sizeHint().width() <= width())
-            break;
-    }
+    const auto setScale = [this](qreal scale) {
+        const QFont font = Style::scaled(this->font(), scale);
+        toolBar->setFont(font);
+        toolBar->setIconSize(Style::iconSizeBeside(font));
+    };
+    setScale(Style::fittingScale(0.5, [this, setScale](qreal scale) {
+        setScale(scale);
+        return toolBar->sizeHint().width() <= width();
+    }));
 }
 
 void ContentView::setIcon(QAction *action, const QString &symbol, Style::Accent accent)

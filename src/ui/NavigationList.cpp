@@ -58,19 +58,15 @@ private:
     // The largest font up to that of the list in which all texts fit.
     QFont fittingFont(int width) const
     {
-        constexpr qreal step = 0.05;
-        constexpr qreal minimumScale = 0.5;
-        QFont font = list->font();
-        for (qreal scale = 1; scale > minimumScale; scale -= step) {
-            font = Style::scaled(list->font(), scale);
+        const auto fits = [this, width](qreal scale) {
+            const QFont font = Style::scaled(list->font(), scale);
             const int forText = width - Style::iconSizeBeside(font).width() - padding;
             int needed = 0;
             for (int row = 0; row < list->count(); ++row)
                 needed = qMax(needed, QFontMetrics(font).horizontalAdvance(list->item(row)->text()));
-            if (needed <= forText)
-                break;
-        }
-        return font;
+            return needed <= forText;
+        };
+        return Style::scaled(list->font(), Style::fittingScale(0.5, fits));
     }
 
     void paintContent(QPainter *painter, const QRect &rect, const QColor &color,
