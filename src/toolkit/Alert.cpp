@@ -4,6 +4,7 @@
 #include "toolkit/Style.h"
 
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -13,6 +14,28 @@ namespace {
 constexpr int minimumWidth = 280;
 /// Where longer lines of a message are broken.
 constexpr int textWidth = 400;
+
+class DestructiveButton final : public QPushButton
+{
+public:
+    explicit DestructiveButton(const QString &text) : QPushButton(text) { updateColor(); }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QPushButton::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange)
+            updateColor();
+    }
+
+private:
+    void updateColor()
+    {
+        QPalette colors = palette();
+        colors.setColor(QPalette::ButtonText, Style::accent(Style::Accent::red, colors));
+        setPalette(colors);
+    }
+};
 
 QLabel *makeLabel(const QString &text, const QFont &font)
 {
@@ -36,10 +59,8 @@ QPushButton *addButton(QDialogButtonBox *box, const Alert::Button &button)
     case Alert::Role::destructive:
         break;
     }
-    QPushButton *added = box->addButton(button.text, QDialogButtonBox::DestructiveRole);
-    QPalette palette = added->palette();
-    palette.setColor(QPalette::ButtonText, Style::accent(Style::Accent::red, palette));
-    added->setPalette(palette);
+    auto *added = new DestructiveButton(button.text);
+    box->addButton(added, QDialogButtonBox::DestructiveRole);
     return added;
 }
 
