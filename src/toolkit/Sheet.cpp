@@ -4,6 +4,7 @@
 #include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
+#include <QEvent>
 #include <QPushButton>
 #include <QStyleOptionButton>
 #include <QStylePainter>
@@ -34,7 +35,7 @@ Sheet::Sheet(const QString &title, QWidget *parent)
     : ModalPanel(Backdrop::Position::top, title, parent)
     , buttons(new FormRow(QString()))
 {
-    setMaximumSize(Style::sheetMaximum);
+    updateMaximumSize();
 
     auto *content = new QWidget;
     content->setMinimumSize(Style::sheetSize);
@@ -62,4 +63,17 @@ QPushButton *Sheet::addButton(const QString &symbol, const QString &text)
     button->setDefault(!buttons->findChild<QPushButton *>());
     buttons->addField(button);
     return button;
+}
+
+void Sheet::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        updateMaximumSize();
+    ModalPanel::changeEvent(event);
+}
+
+void Sheet::updateMaximumSize()
+{
+    setMaximumSize(Style::scaledToFont(Style::sheetMaximum.width(), font()),
+                   Style::scaledToFont(Style::sheetMaximum.height(), font()));
 }

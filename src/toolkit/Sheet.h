@@ -24,7 +24,11 @@ protected:
     /// Adds a button to the last row, with an icon before its text. The first one is the default.
     QPushButton *addButton(const QString &symbol, const QString &text);
 
+    void changeEvent(QEvent *event) override;
+
 private:
+    void updateMaximumSize();
+
     QVBoxLayout *rows;
     FormRow *buttons;
 };
