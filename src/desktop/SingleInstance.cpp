@@ -21,8 +21,7 @@ using namespace std::chrono_literals;
 namespace {
 
 // Wayland desktops hand this token to the programs that they start; its owner may take the focus. Qt reads it
-// from this variable whenever a window is activated. (Of its counterpart on X11, Qt makes use at the start
-// only.)
+// from this variable whenever a window is activated. (Its counterpart on X11 is read at the start only.)
 constexpr char tokenVariable[] = "XDG_ACTIVATION_TOKEN";
 constexpr QLatin1String tokenKey("activation-token");
 
