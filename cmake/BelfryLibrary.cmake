@@ -83,18 +83,6 @@ function(belfry_test file)
         "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:")
 endfunction()
 
-# belfry_long_test(NAME [FUNCTION...])
-#
-# The test NAME once more, as NAMELong and with the label "long": with BELFRY_LONG=1, which turns up the
-# number of its rounds, and with its test functions FUNCTION only, if there are any.
-function(belfry_long_test name)
-    get_test_property(${name} ENVIRONMENT environment)
-    add_test(NAME ${name}Long COMMAND ${name} ${ARGN})
-    # Qt Test by itself ends a test function after five minutes.
-    set_tests_properties(${name}Long PROPERTIES TIMEOUT 3600 LABELS long
-        ENVIRONMENT "${environment};BELFRY_LONG=1;QTEST_FUNCTION_TIMEOUT=3600000")
-endfunction()
-
 # belfry_tests_need(PROGRAM TEST...)
 #
 # Leaves out the tests TEST of this folder, with a message, where PROGRAM is not installed.

@@ -1,75 +1,20 @@
-#include "app/BelfryApp.h"
 #include "desktop/SingleInstance.h"
-#include "store/SQLiteHelper.h"
+#include "support/BelfryProcess.h"
 
-#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
-#include <QDir>
-#include <QProcess>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <algorithm>
-#include <array>
-#include <csignal>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int timeoutMs = 20000; // less than the D-Bus library has for a bus that does not respond
-
-// The installed program in a home of its own, on the buses that the environment names.
-class Program final : public QProcess
-{
-public:
-    explicit Program(const QString &runtimeFolder = QString(), const QByteArray &display = QByteArray())
-    {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_DOCUMENTS_DIR", "XDG_RUNTIME_DIR"})
-            environment.insert(QString::fromLatin1(name), home.path());
-        if (!runtimeFolder.isEmpty())
-            environment.insert(u"XDG_RUNTIME_DIR"_s, runtimeFolder);
-        environment.insert(u"XDG_ACTIVATION_TOKEN"_s, u"right to the focus"_s);
-        if (!display.isEmpty()) {
-            environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-            environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(display.trimmed()));
-        }
-        setProcessEnvironment(environment);
-        start(QStringLiteral(BELFRY_INSTALLED "/bin/belfry"), QStringList());
-    }
-
-    ~Program() override { end(*this); }
-
-    static void end(QProcess &process)
-    {
-        ::kill(pid_t(process.processId()), SIGCONT);
-        process.kill();
-        process.waitForFinished();
-    }
-
-    bool hasEnded() const { return state() == NotRunning; }
-    bool hasStarted() const { return QDir(home.path()).exists(u"data.db"_s); }
-    QByteArray logged() { return log += readAllStandardError(); }
-
-    bool endsCleanly()
-    {
-        terminate();
-        return waitForFinished() && exitStatus() == NormalExit && exitCode() == 0;
-    }
-
-private:
-    const QTemporaryDir home;
-    QByteArray log;
-};
-
-// Services on a bus: notes every call, and answers it with a file descriptor or a number.
+// Services on a bus: notes every call, and replies with a file descriptor or the number of the call.
 class Services final : public QDBusVirtualObject
 {
 public:
@@ -89,7 +34,7 @@ public:
 
 } // namespace
 
-// The program among what it finds on a desktop: message buses, here in one, services on them, a display.
+// The installed program on a desktop: message buses, here in one, and the services on them.
 class TestDesktop final : public QObject
 {
     Q_OBJECT
@@ -97,111 +42,117 @@ class TestDesktop final : public QObject
 private:
     const QTemporaryDir folder;
     QProcess bus;
-    QProcess display;
 
-    // Whether the program's main thread does, soon enough.
-    static bool responds()
-    {
-        const auto introspect =
-            QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), u"/com/quillmoss/Belfry"_s,
-                                           u"org.freedesktop.DBus.Introspectable"_s, u"Introspect"_s);
-        return QDBusConnection::sessionBus().call(introspect, QDBus::Block, timeoutMs).type() ==
-               QDBusMessage::ReplyMessage;
-    }
+    void signalBus(int number) const { ::kill(pid_t(bus.processId()), number); }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        const QString socket = folder.filePath(u"bus"_s);
+        const QString address = u"unix:path="_s + folder.filePath(u"bus"_s);
         bus.start(u"dbus-daemon"_s,
-                  {u"--session"_s, u"--nofork"_s, u"--print-address"_s, u"--address=unix:path="_s + socket});
-        QVERIFY(bus.waitForReadyRead(timeoutMs)); // it listens before it prints
+                  {u"--session"_s, u"--nofork"_s, u"--print-address"_s, u"--address="_s + address});
+        QVERIFY(bus.waitForReadyRead()); // it listens before it prints
         for (const char *variable : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
-            qputenv(variable, "unix:path=" + QFile::encodeName(socket));
-        for (const char *variable : {"XDG_DOCUMENTS_DIR", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
-            qputenv(variable, QFile::encodeName(folder.path()));
+            qputenv(variable, QFile::encodeName(address));
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
     }
 
     // Nothing that one case leaves behind spoils the next.
     void cleanup()
     {
-        ::kill(pid_t(bus.processId()), SIGCONT);
+        signalBus(SIGCONT);
         QDBusConnection::sessionBus().unregisterService(QStringLiteral(BELFRY_ID));
     }
 
     void cleanupTestCase()
     {
-        for (QProcess *process : {&display, &bus})
-            Program::end(*process);
+        bus.kill();
+        bus.waitForFinished();
     }
 
-    void severalStarts_leaveOne()
+    // The next file to be opened would take the place of a closed one.
+    void closedStandardStreams_areReplaced()
     {
-        std::array<Program, 4> programs;
-        const auto ended = [&programs] {
-            return std::count_if(programs.begin(), programs.end(), std::mem_fn(&Program::hasEnded));
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(ended(), 3, timeoutMs);
-        for (Program &program : programs)
-            QVERIFY(program.hasEnded() ? program.exitCode() == 0 && !program.hasStarted()
-                                       : program.endsCleanly());
+        BelfryProcess belfry;
+        belfry.setChildProcessModifier([] { ::close_range(STDIN_FILENO, STDERR_FILENO, 0); });
+        belfry.launch();
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(belfry.database), 20000);
+        for (int descriptor = 0; descriptor < 3; ++descriptor)
+            QCOMPARE(QFile::symLinkTarget(u"/proc/%1/fd/%2"_s.arg(belfry.processId()).arg(descriptor)),
+                     u"/dev/null"_s);
+        QVERIFY(belfry.endsCleanly(SIGHUP));
     }
 
-    void secondStart_raisesTheMinimisedWindowOfTheFirst()
+    void secondStart_raisesTheWindowOfTheFirst()
     {
-        SingleInstance first;
-        QVERIFY(first.claim(true));
-        BelfryApp belfry(SQLiteHelper::shared(), Resources::ofApplication());
-        belfry.show();
-        QWidget *window = QApplication::topLevelWidgets().first();
-        window->showMinimized();
-        connect(&first, &SingleInstance::activated, window, [&belfry] { belfry.activate(); });
-        Program second;
-        QTRY_VERIFY_WITH_TIMEOUT(second.hasEnded(), timeoutMs);
-        QCOMPARE(second.exitCode(), 0);
-        QVERIFY(second.logged().contains("raising its window"));
-        QTRY_VERIFY(!window->isMinimized() && QApplication::activeWindow());
-        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), "right to the focus");
+        BelfryProcess first;
+        BelfryProcess second;
+        first.setChildProcessModifier([] { ::signal(SIGHUP, SIG_IGN); }); // as by nohup
+        first.launch();
+        QVERIFY(first.work({u"see|Sample chime"_s, u"minimise"_s}));
+        second.set("XDG_ACTIVATION_TOKEN", u"second start"_s);
+        second.launch();
+        QCOMPARE(second.awaitExit(), 0);
+        QVERIFY(second.readAllStandardError().contains("raising its window"));
+        QVERIFY(first.work({u"raised|second start"_s}));
+
+        const std::pair<const char *, QVariantList> calls[]{{"Open", {QStringList()}},
+                                                            {"ActivateAction", {QString(), QVariantList()}}};
+        for (const auto &[method, arguments] : calls) {
+            QVERIFY(first.work({u"minimise"_s}));
+            auto call =
+                QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), u"/com/quillmoss/Belfry"_s,
+                                               u"org.freedesktop.Application"_s, QString::fromLatin1(method));
+            const QVariantMap platformData{{u"activation-token"_s, QString::fromLatin1(method)}};
+            call.setArguments(arguments + QVariantList{platformData});
+            QVERIFY(QDBusConnection::sessionBus().send(call));
+            QVERIFY(first.work({u"raised|"_s + QString::fromLatin1(method)}));
+        }
+
+        ::kill(pid_t(first.processId()), SIGSTOP);
+        second.launch();
+        QCOMPARE(second.awaitExit(), 0);
+        QVERIFY(second.readAllStandardError().contains("not responding"));
+        ::kill(pid_t(first.processId()), SIGCONT);
+        ::kill(pid_t(first.processId()), SIGHUP);
+        QVERIFY(first.endsCleanly(SIGINT));
     }
 
-    void lockFile_data()
+    // What lies in the place of the lock file is not changed, and holds nothing up.
+    void otherLockFile_isIgnored()
     {
-        QTest::addColumn<QString>("command");
-        QTest::newRow("a link") << u"ln -s target %1"_s;
-        QTest::newRow("a pipe") << u"mkfifo %1"_s;
-        QTest::newRow("a folder") << u"mkdir %1"_s;
-    }
-
-    // Whatever lies in its place is not changed, and holds nothing up.
-    void lockFile()
-    {
-        QFETCH(const QString, command);
-        const QTemporaryDir runtimeFolder;
-        const QString target = runtimeFolder.filePath(u"target"_s);
-        QVERIFY(QProcess::execute(u"sh"_s,
-                                  {u"-c"_s, u"cd '%2'; echo kept > target; "_s.arg(runtimeFolder.path()) +
-                                                command.arg(u"" BELFRY_ID ".lock"_s)}) == 0);
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtimeFolder.path()));
+        const QTemporaryDir runtime;
+        const QString path = runtime.filePath(u"" BELFRY_ID ".lock"_s);
+        const QString target = runtime.filePath(u"target"_s);
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+        QVERIFY(::mkfifo(QFile::encodeName(path).constData(), 0600) == 0);
         QVERIFY(SingleInstance().claim(true));
-        QCOMPARE(QFileInfo(target).size(), 5);
+        QVERIFY(QFile::remove(path) && QFile::link(target, path));
+        QVERIFY(SingleInstance().claim(true));
+        QVERIFY(!QFile::exists(target));
     }
 
-    void frozenBus_isDoneWithout_andTheLockDecides()
+    void frozenBus_isDisabled_andTheLockDecides()
     {
-        const QTemporaryDir runtimeFolder;
-        ::kill(pid_t(bus.processId()), SIGSTOP);
-        Program first(runtimeFolder.path());
-        QTRY_VERIFY_WITH_TIMEOUT(first.hasStarted(), timeoutMs);
-        QTRY_VERIFY(first.logged().contains("Session bus is not responding"));
-        ::kill(pid_t(bus.processId()), SIGCONT);
-        Program second(runtimeFolder.path());
-        QTRY_VERIFY_WITH_TIMEOUT(second.hasEnded(), timeoutMs);
-        QVERIFY(second.exitCode() == 0 && !second.hasStarted());
-        QVERIFY(second.logged().contains("Already running"));
+        BelfryProcess first;
+        first.set("XDG_RUNTIME_DIR", folder.path());
+        BelfryProcess second;
+        second.environment = first.environment;
+        first.environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_s); // "bus" in $XDG_RUNTIME_DIR is the default
+        signalBus(SIGSTOP);
+        first.launch();
+        QVERIFY(first.work({u"see|Sample chime"_s}));
+        const QByteArray logged = first.readAllStandardError();
+        QVERIFY(logged.contains("Session bus is not responding") &&
+                logged.contains("System bus is not responding"));
+        signalBus(SIGCONT);
+        second.launch();
+        QCOMPARE(second.awaitExit(), 0);
+        QVERIFY(second.readAllStandardError().contains("not reachable on the session bus"));
         QVERIFY(first.endsCleanly());
     }
 
-    // In GNOME only without input: an inhibitor there makes "Suspend" in the menu fail.
+    // On GNOME only without input: an inhibitor there makes "Suspend" in the menu fail.
     void idleSuspend_isInhibited()
     {
         Services services;
@@ -210,48 +161,41 @@ private Q_SLOTS:
         services.lock.giveFileDescriptor(lock[1]);
         auto session = QDBusConnection::sessionBus();
         QVERIFY(session.registerVirtualObject(u"/org"_s, &services, QDBusConnection::SubPath));
-        const QString logind = u"org.freedesktop.login1"_s;
-        for (const auto &name : {u"org.gnome.SessionManager"_s, u"org.gnome.Mutter.IdleMonitor"_s,
-                                 u"org.freedesktop.PowerManagement"_s})
-            QVERIFY(session.registerService(name));
-        const auto fire = [&session](qsizetype watch) {
+        const auto sees = [&services](const QString &call) {
+            return QTest::qWaitFor([&] { return services.calls.value(services.calls.size() - 1) == call; },
+                                   20000);
+        };
+        const auto fire = [&session](uint watch) {
             auto fired = QDBusMessage::createSignal(u"/org/gnome/Mutter/IdleMonitor/Core"_s,
                                                     u"org.gnome.Mutter.IdleMonitor"_s, u"WatchFired"_s);
-            session.send(fired << uint(watch));
+            session.send(fired << watch);
         };
-        Program program;
-        QTRY_VERIFY_WITH_TIMEOUT(program.logged().contains("Cannot inhibit idle suspend"), timeoutMs);
-        QVERIFY(session.registerService(logind)); // late, as when its package is upgraded
-        QTRY_COMPARE_WITH_TIMEOUT(services.calls.size(), 3, timeoutMs);
-        QCOMPARE(services.calls,
-                 QStringList({u"Inhibit Belfry Belfry keeps the timetable"_s, u"AddIdleWatch 30000"_s,
-                              u"Inhibit idle Belfry Belfry keeps the timetable block"_s}));
-        fire(2); // the number of an answer
-        QTRY_COMPARE_WITH_TIMEOUT(services.calls.size(), 5, timeoutMs);
-        QCOMPARE(services.calls[3], u"Inhibit " BELFRY_ID " 0 Belfry keeps the timetable 4"_s);
-        QTRY_VERIFY_WITH_TIMEOUT((fire(5), services.calls.last() == u"Uninhibit 4"), timeoutMs);
+        const QString inhibit = u"Inhibit Belfry Belfry keeps the timetable"_s;
+        const QString inhibitGnome = u"Inhibit " BELFRY_ID " 0 Belfry keeps the timetable 4"_s;
+
+        QVERIFY(session.registerService(u"org.freedesktop.PowerManagement"_s));
+        BelfryProcess belfry;
+        belfry.launch();
+        QVERIFY(sees(inhibit));
+        // Late, as when their packages are upgraded. A number is that of the call that it replied to.
+        QVERIFY(session.registerService(u"org.freedesktop.login1"_s));
+        QVERIFY(sees(u"Inhibit idle Belfry Belfry keeps the timetable block"_s));
+        QVERIFY(session.registerService(u"org.gnome.SessionManager"_s) && sees(inhibitGnome));
+        QVERIFY(session.registerService(u"org.gnome.Mutter.IdleMonitor"_s) && sees(u"AddIdleWatch 30000"_s));
+        QCOMPARE(services.calls[3], u"Uninhibit 3"_s);
+        fire(5);
+        QVERIFY(sees(u"AddUserActiveWatch"_s));
+        QCOMPARE(services.calls[5], inhibitGnome);
+        QTRY_VERIFY((fire(7), services.calls.last() == u"Uninhibit 6"));
+        QCOMPARE(services.calls.size(), 8);
+
         services.lock = {};
         char byte;
         QVERIFY(::read(lock[0], &byte, 1) < 0); // the program has the other end
-        QVERIFY(program.endsCleanly());
-        QCOMPARE(program.logged().count("Cannot inhibit"), 1);
-    }
-
-    // It would paint the clock once a second, and each time wait for the display.
-    void stoppedDisplay_doesNotHoldTheProgram()
-    {
-        display.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        display.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
-        QVERIFY(display.waitForReadyRead(timeoutMs));
-        Program program(QString(), display.readAllStandardOutput());
-        QTRY_VERIFY_WITH_TIMEOUT(program.hasStarted() && responds(), timeoutMs);
-        ::kill(pid_t(display.processId()), SIGSTOP);
-        QTest::qWait(2500);
-        QVERIFY(responds());
-        ::kill(pid_t(display.processId()), SIGCONT);
-        QVERIFY(program.endsCleanly());
+        QVERIFY(belfry.endsCleanly());
+        QCOMPARE(belfry.readAllStandardError().count("Cannot inhibit"), 1);
     }
 };
 
-QTEST_MAIN(TestDesktop)
+QTEST_GUILESS_MAIN(TestDesktop)
 #include "TestDesktop.moc"

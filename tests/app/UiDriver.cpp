@@ -1,14 +1,14 @@
 // A plugin for the program under test that clicks and types as a user would, controlled by lines on standard
 // input. QT_QPA_GENERIC_PLUGINS loads it; the program needs no change.
 //
-// The words of a line are separated by tabs. A control is named by its accessible name and looked up in the
-// sheet that is open, or else in the window; a control of a card takes the card's title as the last word.
+//     click NAME [TITLE]   clicks the control of that accessible name (on the card of that title)
+//     type NAME TEXT       replaces the text in the field of that name
+//     see TEXT             waits for a label with that text
+//     minimise             minimises the window
+//     raised TOKEN         waits until the window is active, with that activation token
 //
-//     click NAME [TITLE]     type NAME TEXT     read NAME     closed     quit
-//
-// "closed" waits for the sheet to close; every line waits until what it names is there. A line that has been
-// executed is printed on standard output after "> ", followed by the text that was read. So is "> tick
-// HH:mm:ss" whenever the window's clock shows a new second.
+// Words are separated by tabs. Controls and labels are those of the sheet or alert that is open, or else of
+// the window. A line is repeated until it succeeds; then it is printed on standard output, after "> ".
 
 #include "support/Controls.h"
 
@@ -16,128 +16,79 @@
 #include <QDialog>
 #include <QGenericPlugin>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMainWindow>
-#include <QRegularExpression>
-#include <QSocketNotifier>
 #include <QTimer>
 
+#include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QWidget *window()
+QWidget *find(const QWidget *root, const char *type, const QString &title)
 {
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (const auto sheets = widget->findChildren<QDialog *>(); !sheets.isEmpty())
-            return sheets.last();
-        if (qobject_cast<QMainWindow *>(widget))
+    for (auto *widget : root->findChildren<QWidget *>()) {
+        const auto *label = qobject_cast<QLabel *>(widget);
+        if (widget->isVisible() && widget->inherits(type) &&
+            (label ? label->text() : widget->accessibleName()) == title)
             return widget;
     }
     return nullptr;
 }
 
-// Where to look for a control: in the card of that title, or in the whole window if `title` is empty.
-QWidget *rootWidget(const QString &title)
+// Whether the line could be executed.
+bool execute(QWidget *window, const QStringList &words)
 {
-    QWidget *whole = window();
-    if (!whole || title.isEmpty())
-        return whole;
-    for (auto *widget : whole->findChildren<QWidget *>()) {
-        auto *face = widget->inherits("Group") ? QAccessible::queryAccessibleInterface(widget) : nullptr;
-        if (face && widget->isVisible() && face->text(QAccessible::Name) == title)
-            return widget;
+    const auto panels = window->findChildren<QDialog *>();
+    const QWidget *root = panels.isEmpty() ? window : panels.last();
+    const QString argument = words.value(1);
+    if (words[0] == "click"_L1) {
+        const QWidget *place = words.size() > 2 ? find(root, "Group", words[2]) : root;
+        return place && click(place, argument);
     }
-    return nullptr;
-}
-
-void print(const QString &line)
-{
-    const QByteArray bytes = "> " + line.toUtf8() + '\n';
-    if (::write(STDOUT_FILENO, bytes.constData(), size_t(bytes.size())) != bytes.size())
-        qFatal("standard output is closed");
+    if (words[0] == "type"_L1)
+        return type(root, argument, words.value(2));
+    if (words[0] == "see"_L1)
+        return find(root, "QLabel", argument);
+    if (words[0] == "minimise"_L1)
+        window->showMinimized();
+    return words[0] == "minimise"_L1 || (!window->isMinimized() && window->isActiveWindow() &&
+                                         qEnvironmentVariable("XDG_ACTIVATION_TOKEN") == argument);
 }
 
 } // namespace
 
-class UiDriver final : public QObject
+class UiDriver final : public QTimer
 {
     Q_OBJECT
 
 public:
     UiDriver()
     {
-        qApp->installEventFilter(this);
-        connect(&input, &QSocketNotifier::activated, this, &UiDriver::readInput);
-        pause.setSingleShot(true);
-        connect(&pause, &QTimer::timeout, this, &UiDriver::executeNext);
-    }
-
-    bool eventFilter(QObject *object, QEvent *event) override
-    {
-        static const QRegularExpression clockText(u"^\\d\\d:\\d\\d:\\d\\d$"_s);
-        const auto *label = event->type() == QEvent::Paint ? qobject_cast<QLabel *>(object) : nullptr;
-        if (label && label->text() != shownTime && clockText.match(label->text()).hasMatch()) {
-            shownTime = label->text();
-            print(u"tick "_s + shownTime);
-        }
-        return false;
+        ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK);
+        callOnTimeout(this, &UiDriver::executeNext);
+        start(10);
     }
 
 private:
-    void readInput()
-    {
-        char bytes[4096];
-        const auto count = ::read(STDIN_FILENO, bytes, sizeof bytes);
-        if (count <= 0)
-            return input.setEnabled(false);
-        buffer.append(bytes, count);
-        pause.start(0);
-    }
-
-    // One line per event loop iteration.
     void executeNext()
     {
-        const qsizetype end = buffer.indexOf('\n');
-        if (end < 0)
-            return;
-        const QString line = QString::fromUtf8(buffer.first(end));
-        if (const auto answer = execute(line.split(u'\t'))) {
-            buffer.remove(0, end + 1);
-            print(line + *answer);
-            return pause.start(0);
+        char byte = 0;
+        while (!line.endsWith('\n') && ::read(STDIN_FILENO, &byte, 1) == 1)
+            line += byte;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (line.endsWith('\n') && qobject_cast<QMainWindow *>(widget) &&
+                execute(widget, QString::fromUtf8(line).trimmed().split(u'\t'))) {
+                std::fputs(("> " + std::exchange(line, {})).constData(), stdout);
+                std::fflush(stdout);
+            }
         }
-        pause.start(10);
     }
 
-    // What to print after the line; nothing while it cannot be executed.
-    static std::optional<QString> execute(const QStringList &words)
-    {
-        const QString &verb = words[0];
-        const QString name = words.value(1);
-        QWidget *root = rootWidget(verb == "click"_L1 ? words.value(2) : QString());
-        if (!root)
-            return {};
-        bool isDone = false;
-        if (verb == "click"_L1)
-            isDone = click(root, name);
-        else if (verb == "type"_L1)
-            isDone = type(root, name, words.value(2));
-        else if (verb == "closed"_L1)
-            isDone = !qobject_cast<QDialog *>(root);
-        else if (verb == "quit"_L1)
-            isDone = root->close();
-        else if (const auto *field = control<QLineEdit>(root, name))
-            return u'\t' + field->text();
-        return isDone ? std::optional(QString()) : std::nullopt;
-    }
-
-    QSocketNotifier input{STDIN_FILENO, QSocketNotifier::Read};
-    QTimer pause;
-    QByteArray buffer;
-    QString shownTime;
+    QByteArray line;
 };
 
 class UiDriverPlugin final : public QGenericPlugin

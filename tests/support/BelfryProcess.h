@@ -1,138 +1,122 @@
 #pragma once
 
 #include "db/FMDatabase.h"
-#include "store/NewId.h"
-#include "store/PlanStore.h"
 #include "support/TemplateDatabase.h"
-#include "support/WallClockFile.h"
 
 #include <QDir>
 #include <QProcess>
+#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-/// The installed program with a home of its own, a sound server, a wall clock, and a plugin that clicks and
-/// types in it (see UiDriver.cpp). It can be ended and started again.
-class BelfryProcess final
+#include <csignal>
+
+/// The installed program, as a user has it: with a home, and with a UiDriver that operates its window (see
+/// UiDriver.cpp). It can be ended and started again.
+class BelfryProcess final : public QProcess
 {
     Q_DISABLE_COPY_MOVE(BelfryProcess)
 
 public:
-    /// `soundServer` is for PULSE_SERVER; without one, that of this process.
-    explicit BelfryProcess(const QByteArray &soundServer = qgetenv("PULSE_SERVER")) : soundServer(soundServer)
+    BelfryProcess()
     {
-        QDir().mkpath(home.filePath(QStringLiteral(".config")));
-        QFile userDirs(home.filePath(QStringLiteral(".config/user-dirs.dirs")));
-        if (userDirs.open(QIODevice::WriteOnly))
-            userDirs.write("XDG_DOCUMENTS_DIR=\"$HOME/My Documents\"\n");
-        QObject::connect(&process, &QProcess::readyReadStandardOutput, &process, [this] { listen(); });
+        for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+            set(name, home.path());
+        environment.remove(QStringLiteral("XDG_DOCUMENTS_DIR"));
+        writeFile(home.filePath(QStringLiteral("user-dirs.dirs")),
+                  "XDG_DOCUMENTS_DIR=\"$HOME/My Documents\"\n");
+        set("QT_QPA_GENERIC_PLUGINS", QStringLiteral("uidriver"));
+        set("QT_PLUGIN_PATH", QStringLiteral(BELFRY_TEST_PLUGINS));
+        connect(this, &QProcess::readyReadStandardOutput, this, &BelfryProcess::readOutput);
     }
 
-    ~BelfryProcess() { kill(); }
+    ~BelfryProcess() override { crash(); }
 
-    /// A time of day, "HH:mm:ss", on a Monday.
-    static QDateTime monday(const char *time)
+    /// Sets a variable of its environment, for the next start.
+    void set(const char *name, const QString &value) { environment.insert(QString::fromLatin1(name), value); }
+
+    /// Sets its wall clock, for the next start or while it runs, to a time of day, "HH:mm:ss", on a Monday.
+    /// Its timers and its sound keep to the real time.
+    void setClock(const QString &time)
     {
-        return {QDate(2026, 3, 2), QTime::fromString(QString::fromLatin1(time), Qt::ISODateWithMs)};
+        const QString file = home.filePath(QStringLiteral("clock"));
+        set("LD_PRELOAD", QStringLiteral(BELFRY_FAKETIME));
+        set("FAKETIME_TIMESTAMP_FILE", file);
+        set("FAKETIME_NO_CACHE", QStringLiteral("1"));
+        // Without these two the sound breaks.
+        set("FAKETIME_DONT_FAKE_MONOTONIC", QStringLiteral("1"));
+        set("FAKETIME_FORCE_MONOTONIC_FIX", QStringLiteral("0"));
+        set("NO_FAKE_STAT", QStringLiteral("1"));
+        set("LC_NUMERIC", QStringLiteral("C"));
+        // A sanitizer would insist on being the first library of a program.
+        set("ASAN_OPTIONS", QStringLiteral("verify_asan_link_order=0"));
+        const QDateTime moment(QDate(2026, 3, 2), QTime::fromString(time));
+        clockOffset = moment.toMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch();
+        writeFile(file, QString::asprintf("%+.3f\n", double(clockOffset) / 1000).toLatin1());
     }
 
-    /// Puts a timetable in place for the next start, in which every plan is for every day and plays `sound`.
-    void makeDatabase(const QList<Plan> &plans, const QString &sound) const
+    /// What its wall clock reads at a real moment in ms since 1970.
+    QDateTime clockAt(qint64 real) const { return QDateTime::fromMSecsSinceEpoch(real + clockOffset); }
+
+    /// Turns the sample plan into "Bell", on Monday from 08:00 to 08:01 with `sound` in a loop, for the next
+    /// start.
+    void makeBell(const QString &sound) const
     {
         QDir().mkpath(documents);
-        QFile::copy(QStringLiteral(BELFRY_RESOURCES "/data.db"), database);
-        PlanStore store(FMDatabase::databaseWithPath(database));
-        for (Plan plan : plans) {
-            plan.id = newId();
-            plan.content = sound;
-            for (const auto day : planWeekdays)
-                plan.*day = true;
-            store.addPlan(plan);
-        }
+        QFile::copy(QStringLiteral(BELFRY_INSTALLED "/share/belfry/data.db"), database);
+        const auto db = FMDatabase::databaseWithPath(database);
+        QVERIFY(db->open());
+        const auto update = db->executeQuery(
+            QStringLiteral("update plan set title = 'Bell', begin = '08:00', end = '08:01', content = ?,"
+                           " isLoop = 'true', week1 = 'true'"),
+            {sound});
+        QVERIFY(update && !update->next());
     }
 
-    /// Everything the program finds in its environment but the clock.
-    QProcessEnvironment environment() const
+    /// Starts the program: the installed one, or a copy of it.
+    void launch(const QString &program = QStringLiteral(BELFRY_INSTALLED "/bin/belfry"))
     {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-        environment.remove(QStringLiteral("XDG_DOCUMENTS_DIR"));
-        for (const char *bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
-            environment.insert(QString::fromLatin1(bus), QStringLiteral("disabled:"));
-        environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(soundServer));
-        environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("uidriver"));
-        environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(BELFRY_TEST_PLUGINS));
-        return environment;
-    }
-
-    /// Starts the program, by the command `wrapper` if there is one.
-    bool start(const QStringList &wrapper = {})
-    {
-        auto withClock = environment();
-        clock.addTo(withClock);
-        // What is preloaded into the program must not be loaded into the wrapper.
-        const QString preload = QStringLiteral("LD_PRELOAD");
-        const QString libraries = withClock.value(preload);
-        withClock.remove(preload);
-        process.setProcessEnvironment(withClock);
-        QStringList command = wrapper + QStringList{QStringLiteral("env"), preload + u'=' + libraries,
-                                                    QStringLiteral(BELFRY_INSTALLED "/bin/belfry")};
-        const QString program = command.takeFirst();
         executed.clear();
-        seconds.clear();
-        process.start(program, command);
-        return process.waitForStarted();
-    }
-
-    /// Ends the program as a crash would. False when it does not end.
-    bool kill()
-    {
-        const qint64 id = process.processId();
-        process.kill();
-        const bool isOver = process.waitForFinished();
-        // libfaketime could not clean up.
-        for (const auto &file : {QStringLiteral("faketime_shm_%1"), QStringLiteral("sem.faketime_sem_%1")})
-            QFile::remove(QStringLiteral("/dev/shm/") + file.arg(id));
-        return isOver;
-    }
-
-    /// Waits until the clock has come to `moment`; false when it has not after half a minute.
-    bool waitUntil(const QDateTime &moment) const
-    {
-        return QTest::qWaitFor([&] { return clock.now() >= moment; }, 30000);
+        setProcessEnvironment(environment);
+        start(program, QStringList());
     }
 
     /// Has UiDriver execute lines, their words separated by "|".
     void tell(const QStringList &lines)
     {
         for (QString line : lines)
-            process.write(line.replace(u'|', u'\t').toUtf8() + '\n');
+            write(line.replace(u'|', u'\t').toUtf8() + '\n');
     }
 
     /// Has UiDriver execute lines and waits for it. False after half a minute, or when the program has ended.
     bool work(const QStringList &lines)
     {
-        const qsizetype all = answers().size() + lines.size();
+        const qsizetype all = executed.size() + lines.size();
         tell(lines);
-        const auto isOver = [&] { return answers().size() == all || process.state() != QProcess::Running; };
-        return QTest::qWaitFor(isOver, 30000) && answers().size() == all;
+        const auto isOver = [&] { return executed.size() == all || state() == NotRunning; };
+        return QTest::qWaitFor(isOver, 30000) && executed.size() == all;
     }
 
-    /// Closes the window and waits until the program has ended; true when it has ended cleanly.
-    bool quit()
+    /// The exit code, once the program has ended; -1 when it does not end or has crashed.
+    int awaitExit() { return waitForFinished() && exitStatus() == NormalExit ? exitCode() : -1; }
+
+    /// Whether the signal ends the program cleanly.
+    bool endsCleanly(int signal = SIGTERM)
     {
-        return work({QStringLiteral("quit")}) &&
-               QTest::qWaitFor([this] { return process.state() == QProcess::NotRunning; }, 30000) &&
-               process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+        ::kill(pid_t(processId()), signal);
+        return awaitExit() == 0;
     }
 
-    /// The lines that UiDriver has executed since the start.
-    const QStringList &answers() const { return executed; }
-
-    /// The seconds that the window's clock has shown since the start, as "HH:mm:ss".
-    const QStringList &ticks() const { return seconds; }
+    /// Ends the program as a crash would.
+    void crash()
+    {
+        const qint64 id = processId();
+        kill();
+        waitForFinished();
+        // libfaketime could not clean up.
+        for (const auto &file : {QStringLiteral("faketime_shm_%1"), QStringLiteral("sem.faketime_sem_%1")})
+            QFile::remove(QStringLiteral("/dev/shm/") + file.arg(id));
+    }
 
     /// What the program itself has printed since the last call.
     QString takeOutput() { return std::exchange(printed, {}); }
@@ -140,27 +124,29 @@ public:
     const QTemporaryDir home;
     const QString documents = home.filePath(QStringLiteral("My Documents"));
     const QString database = documents + QStringLiteral("/data.db");
-    WallClockFile clock;
-    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QStringList executed; ///< The lines that UiDriver has executed since the start.
 
 private:
-    void listen()
+    // In one step: the program may read it at any moment.
+    static void writeFile(const QString &path, const QByteArray &content)
     {
-        const QLatin1String answer("> ");
-        const QLatin1String tick("> tick ");
-        while (process.canReadLine()) {
-            const QString line = QString::fromUtf8(process.readLine());
-            if (line.startsWith(tick))
-                seconds += line.sliced(tick.size()).trimmed();
-            else if (line.startsWith(answer))
-                executed += line.sliced(answer.size()).trimmed();
+        QSaveFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0 || !file.commit())
+            qFatal("cannot write a file");
+    }
+
+    void readOutput()
+    {
+        while (canReadLine()) {
+            const QString line = QString::fromUtf8(readLine());
+            if (line.startsWith(u"> "))
+                executed += line;
             else
                 printed += line;
         }
     }
 
-    QByteArray soundServer;
-    QStringList executed;
-    QStringList seconds;
     QString printed;
+    qint64 clockOffset = 0;
 };
