@@ -34,7 +34,7 @@ QByteArray socketName(const QByteArray &address)
     if (!address.startsWith("unix:"))
         return {};
     for (const QByteArray &pair : address.split(';').first().mid(5).split(',')) {
-        const QByteArray value = QByteArray::fromPercentEncoding(pair.mid(pair.indexOf('=') + 1));
+        QByteArray value = QByteArray::fromPercentEncoding(pair.mid(pair.indexOf('=') + 1));
         if (pair.startsWith("path="))
             return value;
         if (pair.startsWith("abstract="))

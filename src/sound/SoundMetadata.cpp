@@ -23,7 +23,7 @@ constexpr qint64 oggPageNumber = 18;
 constexpr qint64 oggHeaderSize = 27;
 constexpr quint32 maxOggComments = 1000;
 
-constexpr qint64 maxSearched = 32 * 1024;
+constexpr qint64 maxSearched = qint64(32) * 1024;
 
 // False when the file ends before the end of `bytes`.
 template<typename Bytes>
