@@ -163,7 +163,6 @@ void CardGrid::scrollContentsBy(int, int dy)
 void CardGrid::showEvent(QShowEvent *event)
 {
     QAbstractScrollArea::showEvent(event);
-    transition.appear();
     rebuild(false);
 }
 
@@ -182,6 +181,7 @@ void CardGrid::rebuild(bool animate)
 {
     if (!isVisible())
         return;
+    transition.appear(); // here, as a resize may come before the show event
     const int oldTop = top();
     const QStringList newIds = readIds();
     const GridGeometry newGeometry = layOut(int(newIds.size()));
