@@ -7,8 +7,8 @@ class CardPool;
 struct CardSource;
 class QWidget;
 
-/// The keyboard focus in a CardGrid: leads it through the controls of all cards in list order, of which only
-/// those in view exist, and keeps the card that has it in view.
+/// The keyboard focus in a CardGrid. It goes through the controls of all cards in list order, though only the
+/// cards near the view exist, and the page scrolls to the card that has it.
 class CardFocus final : public QObject
 {
     Q_OBJECT

@@ -15,8 +15,8 @@ public:
     /// How far the shadow reaches beyond the card.
     int margin() const;
 
-    /// Paints the shadow of a card that lies at `card`; the part that the card covers only for a card that is
-    /// not opaque, told by the opacity of `painter`.
+    /// Paints the shadow of a card at `card`. While the painter is opaque, so is the card, and the part that
+    /// it covers is left out.
     void paint(QPainter *painter, const QRect &card);
 
 private:

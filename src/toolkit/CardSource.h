@@ -11,7 +11,7 @@ class Card;
 struct CardSource
 {
     std::function<int()> count;
-    /// What tells a record from all others, and stays the same when it moves or changes.
+    /// Identifies a record, and stays the same when it moves or changes.
     std::function<QString(int index)> id;
     /// A new card without a record; the grid owns it.
     std::function<Card *()> create;

@@ -14,9 +14,8 @@ class QPainter;
 /// The animations of a CardGrid: cards that move or change size glide, new ones fade in, and pictures of
 /// those that have gone fade out. The page is tilted when it first appears, and swings into place.
 ///
-/// It keeps where, and how opaque, each card was drawn when the current transition began; a card without such
-/// a start is at rest. A new transition takes over from what is drawn. All rectangles are in page
-/// coordinates.
+/// It knows where and how opaque each card was when the current transition began; a card without such a start
+/// is at rest. A new transition takes over from what is drawn. All rectangles are in page coordinates.
 class CardTransition final : public QObject
 {
     Q_OBJECT
@@ -37,7 +36,7 @@ public:
     /// Makes a card as opaque as it is drawn now.
     void applyOpacity(Card *card) const;
 
-    /// Has a card begin the next transition there.
+    /// Where and how opaque a card is when the next transition begins.
     void setStart(const Card *card, const QRect &rect, double opacity);
 
     /// Starts a transition. `scrolled`: by how much the page has moved under the view since the last frame.
@@ -59,7 +58,7 @@ public:
     bool isTilting() const;
 
 Q_SIGNALS:
-    /// rect() and opacity() tell something new.
+    /// The results of rect() and opacity() have changed.
     void advanced();
     void tiltFinished();
 

@@ -44,8 +44,8 @@ QColor Style::sidebarColor(const QPalette &palette)
 
 int Style::scaledToFont(int length, const QFont &font)
 {
-    constexpr int usualHeight =
-        19; // the line height of most desktops' default font, 10 or 11 points at 96 dpi
+    // The line height of the font that the lengths were designed with, one of 10 points at 96 dpi.
+    constexpr int usualHeight = 19;
     return std::max(length, length * QFontMetrics(font).height() / usualHeight);
 }
 
