@@ -1,20 +1,35 @@
+#include "support/AnimationClock.h"
 #include "support/Controls.h"
 #include "support/LogCapture.h"
 #include "toolkit/Alert.h"
+#include "toolkit/FocusRing.h"
+#include "toolkit/FormRow.h"
 #include "toolkit/SegmentedChoice.h"
+#include "toolkit/Sheet.h"
+#include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
-#include <QAbstractButton>
-#include <QAccessible>
-#include <QDialog>
+#include <QLineEdit>
+#include <QMainWindow>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTest>
+#include <QToolBar>
 
 #include <functional>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+class Form final : public Sheet
+{
+public:
+    using Sheet::addRow;
+    using Sheet::Sheet;
+};
+
+} // namespace
 
 class TestSheet final : public QObject
 {
@@ -30,14 +45,17 @@ private:
                             {u"Cancel"_s, Alert::Role::cancel, [this] { outcomes << u"cancelled"_s; }}});
     }
 
-    std::unique_ptr<QWidget> window;
+    std::unique_ptr<QMainWindow> window;
+    QPushButton *behind = nullptr;
     QStringList outcomes;
 
 private Q_SLOTS:
     void init()
     {
-        window = std::make_unique<QWidget>();
-        window->resize(960, 488);
+        window = std::make_unique<QMainWindow>();
+        window->addToolBar(u"Tools"_s)->addAction(u"Tool"_s);
+        window->setCentralWidget(behind = new QPushButton(u"&Behind"_s));
+        window->resize(960, 700);
         window->show();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
     }
@@ -73,29 +91,58 @@ private Q_SLOTS:
         };
         for (const auto &[answer, outcome] : answers) {
             const QPointer alert = confirm();
-            const QAccessibleInterface *face = QAccessible::queryAccessibleInterface(alert);
-            QVERIFY(face->role() == QAccessible::AlertMessage && face->state().modal);
-            QCOMPARE(face->text(QAccessible::Name) + face->text(QAccessible::Description),
+            const QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(alert);
+            QVERIFY(accessible->role() == QAccessible::AlertMessage && accessible->state().modal);
+            QCOMPARE(accessible->text(QAccessible::Name) + accessible->text(QAccessible::Description),
                      u"Confirm<i>Really</i>?"_s);
+            const QWidget *button = control(alert, u"Delete"_s);
+            window->setPalette(QPalette(QColor(outcome == u"deleted"_s ? Qt::black : Qt::white)));
+            QCOMPARE(button->palette().color(QPalette::ButtonText),
+                     Style::accent(Style::Accent::red, window->palette()));
             answer(*alert);
             QTRY_VERIFY(!alert);
             QCOMPARE(outcomes, QStringList(outcome));
         }
     }
 
+    void sheet_slidesOutFromUnderTheToolBar()
+    {
+        AnimationClock clock;
+        const QPointer form = new Form(u"Form"_s, window.get());
+        auto *field = new QLineEdit;
+        form->addRow(field);
+        form->open();
+        QCOMPARE(form->geometry().bottom(), behind->y());
+        clock.advance(250);
+        QCOMPARE(form->geometry(), QRect(243, behind->y(), 474, 274));
+        field->setMinimumWidth(2000);
+        QTRY_COMPARE(form->width(), 800);
+        QFont large = form->font();
+        large.setPointSize(24);
+        form->setFont(large);
+        QTRY_COMPARE(form->width(), window->width());
+
+        const QSignalSpy results(form, &QDialog::finished);
+        QTest::keyClick(field, Qt::Key_Escape);
+        QCOMPARE(results.value(0).value(0), QVariant(QDialog::Rejected));
+        const auto *picture =
+            form->parentWidget()->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+        clock.advance(249);
+        QVERIFY(picture->isVisible() && picture->y() < 0);
+        QTRY_VERIFY(!form && behind->isEnabled());
+    }
+
     void panel_hasAllInputUntilItHasGone()
     {
-        QPushButton behind(u"Behind"_s, window.get());
-        behind.resize(window->size());
-        behind.show();
-        behind.setFocus();
-        const QSignalSpy presses(&behind, &QPushButton::clicked);
+        behind->setFocus();
+        const QSignalSpy presses(behind, &QPushButton::clicked);
         const QPointer alert = confirm();
         for (const Qt::Key key :
              {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Backtab, Qt::Key_Backtab}) {
             QTest::keyClick(QApplication::focusWidget(), key);
             QVERIFY(alert->isAncestorOf(QApplication::focusWidget()));
         }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_B, Qt::AltModifier);
         const QPointer second = Alert::show(alert, u"Tip"_s, QString(), {{u"OK"_s}});
         QVERIFY(!click(alert, u"Delete"_s));
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -107,10 +154,26 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
         QCOMPARE(outcomes, QStringList(u"deleted"_s));
-        QTRY_VERIFY(behind.hasFocus());
+        QTRY_VERIFY(behind->hasFocus());
         QCOMPARE(presses.size(), 0);
         QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
         QCOMPARE(presses.size(), 1);
+    }
+
+    void focusFrame_isForTheKeyboard()
+    {
+        new FocusRing(window.get());
+        const auto isFramed = [this] {
+            const QColor frame = Style::accent(Style::Accent::blue, behind->palette());
+            return behind->grab().toImage().pixelColor(behind->width() / 2, 1) == frame;
+        };
+        QTest::mouseClick(behind, Qt::LeftButton);
+        QTest::keyClick(behind, Qt::Key_Shift);
+        QVERIFY(behind->hasFocus() && !isFramed());
+        QTest::keyClick(behind, Qt::Key_Space);
+        QVERIFY(isFramed());
+        QTest::mouseClick(behind, Qt::LeftButton);
+        QVERIFY(!isFramed());
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
