@@ -17,7 +17,7 @@ std::optional<QString> firstTranslation(const Resources &resources, const QStrin
         if (language.language() == QLocale::English)
             return std::nullopt;
         for (const QString &code : {language.name(), QLocale::languageToCode(language.language())}) {
-            if (const auto file = resources.path(u"translations/belfry_"_s + code, u"qm"_s))
+            if (auto file = resources.path(u"translations/belfry_"_s + code, u"qm"_s))
                 return file;
         }
     }
