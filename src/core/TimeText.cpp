@@ -34,5 +34,5 @@ QString TimeText::formatDuration(double seconds)
     if (!(std::fabs(seconds) < limit))
         return u"00:00"_s;
     const auto whole = qint64(seconds);
-    return QString::asprintf("%.2lld:%.2lld", whole / 60, whole - whole / 60 * 60);
+    return QString::asprintf("%.2lld:%.2lld", whole / 60, whole % 60);
 }

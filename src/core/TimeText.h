@@ -7,7 +7,7 @@ class Clock;
 
 /// The text forms in which every date and time is kept, stored, compared and shown.
 ///
-/// The patterns are those of Unicode Technical Standard #35. Fields are zero-padded, so texts of the same
+/// The patterns are those of QDateTime::toString(). Fields are zero-padded, so texts of the same
 /// pattern have the same length and sort chronologically.
 namespace TimeText {
 

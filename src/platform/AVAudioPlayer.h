@@ -36,7 +36,7 @@ public:
     /// The length of the file in seconds: what the file says, until it has been decoded once.
     virtual double duration() const = 0;
 
-    /// How often the file is repeated after its first play; negative: endlessly. 0 at creation.
+    /// How many times the file is repeated after its first play; negative: endlessly. 0 at creation.
     virtual int numberOfLoops() const = 0;
 
     /// Starts at currentTime(); has no effect while it plays. Returns false when nothing can be played.

@@ -6,7 +6,8 @@
 
 /// The platform log and standard output, one line at a time.
 ///
-/// Nothing here blocks or fails: a line that cannot be written at once is dropped. Thread-safe.
+/// Nothing here blocks or fails: a line that cannot be written at once is dropped, or the rest of one of
+/// more than 4 KiB. write() and print() may be called from any thread.
 namespace Log {
 
 /// Writes a line to standard error, after a timestamp, the program's name and its process id.

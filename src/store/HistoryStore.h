@@ -11,7 +11,8 @@
 class Clock;
 class FMDatabase;
 
-/// The log of today's playbacks, in memory for the screens and in the table `history`.
+/// The log of playbacks, in memory for the screens and in the table `history`. Those of earlier days are
+/// deleted at the first playback of a day.
 ///
 /// For each playback, call addHistory() when it starts, deleteOldHistory() right after that, and
 /// finishHistory() when it stops. The table is read once; a failed write leaves the list as it was.

@@ -6,7 +6,7 @@
 ///
 /// Its height is that of its font whatever characters it shows, and its minimum width is 0. Words run in the
 /// direction of their script, numbers alone in that of the layout. It keeps the first thousand characters of
-/// a text: more than that is never seen, and to measure millions takes seconds.
+/// a text: more than that is never seen, and measuring millions takes seconds.
 class ElidedLabel final : public QLabel
 {
     Q_OBJECT

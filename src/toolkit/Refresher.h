@@ -10,7 +10,7 @@ class ObservableObject;
 /// the event loop, when the new values are there.
 ///
 /// It posts itself an UpdateRequest, as a widget does for its repaint: DisplayGuard holds that back while the
-/// display does not respond, for to show a widget takes replies of the display, too.
+/// display does not respond, because showing a widget waits for the display, too.
 class Refresher final : public QObject
 {
     Q_OBJECT

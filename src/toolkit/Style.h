@@ -39,7 +39,7 @@ inline constexpr int animationMilliseconds = 800;
 inline constexpr QColor planColor{255, 89, 101};
 inline constexpr QColor holidayColor{142, 90, 247};
 inline constexpr QColor historyColor{0, 133, 255};
-/// The standard green: the card of a plan that plays.
+/// The card of a plan that plays.
 inline constexpr QColor green{20, 117, 54};
 /// The progress of a playback, and what lies under it.
 inline constexpr QColor lightGreen{144, 238, 161};
@@ -48,7 +48,7 @@ inline constexpr QColor trackColor{0, 0, 0, 90};
 /// White text and icons on a card, full and softened.
 inline constexpr QColor white{255, 255, 255};
 inline constexpr QColor softWhite{255, 255, 255, 179};
-/// The standard grey at half opacity: a label on a card that is off.
+/// A dark grey at half opacity: a label on a card that is off.
 inline constexpr QColor softGrey{40, 40, 44, 128};
 
 enum class Accent { red, green, blue };
@@ -81,7 +81,7 @@ QFont scaled(QFont font, qreal factor);
 /// when none does.
 qreal fittingScale(qreal minimum, const std::function<bool(qreal scale)> &fits);
 
-/// The second-level title font that goes with text in `font`: bold and larger.
+/// The font of titles beside text in `font`: bold and larger.
 QFont titleFont(const QFont &font);
 
 /// The ease-in-out curve with the control points (0.42, 0) and (0.58, 1).

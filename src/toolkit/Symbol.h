@@ -10,8 +10,8 @@ class QPainter;
 /// and logged once: the text beside it, or its accessible name, still tells what it does.
 namespace Symbol {
 
-/// The symbol in `color`, or in that which texts on buttons have when it is drawn; disabled controls show it
-/// fainter.
+/// The symbol in `color`, by default in that of the text on buttons at the time of drawing; disabled controls
+/// show it fainter.
 QIcon icon(const QString &name, const QColor &color = {});
 
 /// Draws the symbol in `color`, filling `target`.

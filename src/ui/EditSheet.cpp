@@ -12,7 +12,7 @@ EditSheet::EditSheet(const QString &windowTitle, QWidget *parent) : Sheet(window
 
 void EditSheet::addTitleRow(const QString &text)
 {
-    // Its length is limited by default, for to lay out millions of characters takes seconds.
+    // Its length is limited by default, because millions of characters take seconds to lay out.
     titleField = new QLineEdit;
     setTitle(text);
     auto *row = new FormRow(tr("Title:"));

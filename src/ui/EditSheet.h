@@ -2,7 +2,6 @@
 
 #include "toolkit/Sheet.h"
 
-class FormRow;
 class QLineEdit;
 
 /// The base of the editors: the title row, the save and the close button, and how a record is saved.
