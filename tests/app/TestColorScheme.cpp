@@ -37,30 +37,39 @@ private Q_SLOTS:
     {
         QProcess bus;
         bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+        const auto end = qScopeGuard([&bus] {
+            bus.kill();
+            bus.waitForFinished();
+        });
         QVERIFY(bus.waitForReadyRead());
         const QByteArray address = bus.readLine().trimmed();
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        const auto isDark = [] { return Style::isDark(QApplication::palette()); };
-        const ColorScheme scheme;
+        const QString name = u"org.freedesktop.portal.Desktop"_s;
         Portal portal;
         auto desktop = QDBusConnection::connectToBus(QString::fromLatin1(address), u"desktop"_s);
         desktop.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal,
                                QDBusConnection::ExportScriptableContents);
-        QVERIFY(!isDark() && desktop.registerService(u"org.freedesktop.portal.Desktop"_s));
-        QTRY_VERIFY(isDark());
+        const auto isDark = [] { return Style::isDark(QApplication::palette()); };
         const auto change = [&portal](const QString &key, uint value) {
             Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, key, QDBusVariant(value));
         };
-        change(u"contrast"_s, 0);
-        change(u"color-scheme"_s, 2);
+        QVERIFY(desktop.registerService(name));
+        const ColorScheme scheme;
+        QTRY_VERIFY(isDark());
+        portal.colorScheme = 2;
+        QVERIFY(desktop.unregisterService(name) && desktop.registerService(name));
+        QTRY_VERIFY(!isDark());
+        change(u"contrast"_s, 1);
+        QVERIFY(!QTest::qWaitFor(isDark, 200));
+        change(u"color-scheme"_s, 1);
+        QTRY_VERIFY(isDark());
+        change(u"color-scheme"_s, 0);
         QTRY_VERIFY(!isDark());
 
         // A palette of the desktop's own stays.
         QApplication::setPalette(QPalette(Qt::lightGray));
         change(u"color-scheme"_s, 1);
         QVERIFY(!QTest::qWaitFor(isDark, 200));
-        bus.kill();
-        bus.waitForFinished();
     }
 };
 

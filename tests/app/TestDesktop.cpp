@@ -2,7 +2,9 @@
 #include "support/BelfryProcess.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusReply>
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
 
@@ -34,40 +36,69 @@ public:
 
 } // namespace
 
-// The installed program on a desktop: message buses, here in one, and the services on them.
+// The installed program on a desktop: message buses, and the services on them.
 class TestDesktop final : public QObject
 {
     Q_OBJECT
 
 private:
     const QTemporaryDir folder;
-    QProcess bus;
+    QProcess sessionBus;
+    QProcess systemBus;
 
-    void signalBus(int number) const { ::kill(pid_t(bus.processId()), number); }
+    void signalBuses(int number) const
+    {
+        for (const QProcess *bus : {&sessionBus, &systemBus})
+            ::kill(pid_t(bus->processId()), number);
+    }
+
+    // Starts a bus, and has what this process starts find it.
+    void start(QProcess &bus, const char *variable, const QString &address) const
+    {
+        bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s,
+                                     u"--address="_s + address + folder.filePath(u"bus"_s)});
+        QVERIFY(bus.waitForReadyRead()); // it listens before it prints
+        qputenv(variable, bus.readLine().trimmed());
+    }
+
+    // Calls a method of the program, as a desktop does; starts the program if it is not running.
+    static bool call(const char *method, QVariantList arguments)
+    {
+        auto message =
+            QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), u"/com/quillmoss/Belfry"_s,
+                                           u"org.freedesktop.Application"_s, QString::fromLatin1(method));
+        arguments += QVariantMap{{u"activation-token"_s, QString::fromLatin1(method)}};
+        message.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(message).type() == QDBusMessage::ReplyMessage;
+    }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        const QString address = u"unix:path="_s + folder.filePath(u"bus"_s);
-        bus.start(u"dbus-daemon"_s,
-                  {u"--session"_s, u"--nofork"_s, u"--print-address"_s, u"--address="_s + address});
-        QVERIFY(bus.waitForReadyRead()); // it listens before it prints
-        for (const char *variable : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
-            qputenv(variable, QFile::encodeName(address));
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
+        for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+            qputenv(name, QFile::encodeName(folder.path()));
+        qputenv("XDG_DATA_DIRS", BELFRY_INSTALLED "/share");
+        start(sessionBus, "DBUS_SESSION_BUS_ADDRESS", u"unix:path="_s);
+        start(systemBus, "DBUS_SYSTEM_BUS_ADDRESS", u"unix:abstract="_s);
     }
 
     // Nothing that one case leaves behind spoils the next.
     void cleanup()
     {
-        signalBus(SIGCONT);
-        QDBusConnection::sessionBus().unregisterService(QStringLiteral(BELFRY_ID));
+        signalBuses(SIGCONT);
+        auto *bus = QDBusConnection::sessionBus().interface();
+        bus->unregisterService(QStringLiteral(BELFRY_ID));
+        if (const auto owner = bus->servicePid(QStringLiteral(BELFRY_ID)); owner.isValid())
+            ::kill(pid_t(owner.value()), SIGKILL);
+        QTRY_VERIFY(!bus->isServiceRegistered(QStringLiteral(BELFRY_ID)));
     }
 
     void cleanupTestCase()
     {
-        bus.kill();
-        bus.waitForFinished();
+        for (QProcess *bus : {&sessionBus, &systemBus}) {
+            bus->kill();
+            bus->waitForFinished();
+        }
     }
 
     // The next file to be opened would take the place of a closed one.
@@ -96,18 +127,10 @@ private Q_SLOTS:
         QVERIFY(second.readAllStandardError().contains("raising its window"));
         QVERIFY(first.work({u"raised|second start"_s}));
 
-        const std::pair<const char *, QVariantList> calls[]{{"Open", {QStringList()}},
-                                                            {"ActivateAction", {QString(), QVariantList()}}};
-        for (const auto &[method, arguments] : calls) {
-            QVERIFY(first.work({u"minimise"_s}));
-            auto call =
-                QDBusMessage::createMethodCall(QStringLiteral(BELFRY_ID), u"/com/quillmoss/Belfry"_s,
-                                               u"org.freedesktop.Application"_s, QString::fromLatin1(method));
-            const QVariantMap platformData{{u"activation-token"_s, QString::fromLatin1(method)}};
-            call.setArguments(arguments + QVariantList{platformData});
-            QVERIFY(QDBusConnection::sessionBus().send(call));
-            QVERIFY(first.work({u"raised|"_s + QString::fromLatin1(method)}));
-        }
+        QVERIFY(first.work({u"minimise"_s}) && call("Open", {QStringList()}));
+        QVERIFY(first.work({u"raised|Open"_s, u"minimise"_s}));
+        QVERIFY(call("ActivateAction", {QString(), QVariantList()}));
+        QVERIFY(first.work({u"raised|ActivateAction"_s}));
 
         ::kill(pid_t(first.processId()), SIGSTOP);
         second.launch();
@@ -115,7 +138,15 @@ private Q_SLOTS:
         QVERIFY(second.readAllStandardError().contains("not responding"));
         ::kill(pid_t(first.processId()), SIGCONT);
         ::kill(pid_t(first.processId()), SIGHUP);
-        QVERIFY(first.endsCleanly(SIGINT));
+        QVERIFY(first.work({u"minimise"_s, u"see|Sample chime"_s}) && first.endsCleanly(SIGINT));
+    }
+
+    void bus_startsTheProgram()
+    {
+        QVERIFY(call("Activate", {}));
+        auto *bus = QDBusConnection::sessionBus().interface();
+        ::kill(pid_t(bus->servicePid(QStringLiteral(BELFRY_ID)).value()), SIGTERM);
+        QTRY_VERIFY(!bus->isServiceRegistered(QStringLiteral(BELFRY_ID)));
     }
 
     // What lies in the place of the lock file is not changed, and holds nothing up.
@@ -139,13 +170,13 @@ private Q_SLOTS:
         BelfryProcess second;
         second.environment = first.environment;
         first.environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_s); // "bus" in $XDG_RUNTIME_DIR is the default
-        signalBus(SIGSTOP);
+        signalBuses(SIGSTOP);
         first.launch();
         QVERIFY(first.work({u"see|Sample chime"_s}));
         const QByteArray logged = first.readAllStandardError();
         QVERIFY(logged.contains("Session bus is not responding") &&
                 logged.contains("System bus is not responding"));
-        signalBus(SIGCONT);
+        signalBuses(SIGCONT);
         second.launch();
         QCOMPARE(second.awaitExit(), 0);
         QVERIFY(second.readAllStandardError().contains("not reachable on the session bus"));
@@ -160,7 +191,9 @@ private Q_SLOTS:
         QVERIFY(::pipe2(lock, O_CLOEXEC | O_NONBLOCK) == 0);
         services.lock.giveFileDescriptor(lock[1]);
         auto session = QDBusConnection::sessionBus();
-        QVERIFY(session.registerVirtualObject(u"/org"_s, &services, QDBusConnection::SubPath));
+        auto system = QDBusConnection::systemBus();
+        for (QDBusConnection *bus : {&session, &system})
+            QVERIFY(bus->registerVirtualObject(u"/org"_s, &services, QDBusConnection::SubPath));
         const auto sees = [&services](const QString &call) {
             return QTest::qWaitFor([&] { return services.calls.value(services.calls.size() - 1) == call; },
                                    20000);
@@ -170,24 +203,31 @@ private Q_SLOTS:
                                                     u"org.gnome.Mutter.IdleMonitor"_s, u"WatchFired"_s);
             session.send(fired << watch);
         };
+        const QString powerManager = u"org.freedesktop.PowerManagement"_s;
+        const QString sessionManager = u"org.gnome.SessionManager"_s;
         const QString inhibit = u"Inhibit Belfry Belfry keeps the timetable"_s;
         const QString inhibitGnome = u"Inhibit " BELFRY_ID " 0 Belfry keeps the timetable 4"_s;
 
-        QVERIFY(session.registerService(u"org.freedesktop.PowerManagement"_s));
+        QVERIFY(session.registerService(powerManager));
         BelfryProcess belfry;
         belfry.launch();
         QVERIFY(sees(inhibit));
-        // Late, as when their packages are upgraded. A number is that of the call that it replied to.
-        QVERIFY(session.registerService(u"org.freedesktop.login1"_s));
+        // Late, as when their packages are upgraded.
+        QVERIFY(system.registerService(u"org.freedesktop.login1"_s));
         QVERIFY(sees(u"Inhibit idle Belfry Belfry keeps the timetable block"_s));
-        QVERIFY(session.registerService(u"org.gnome.SessionManager"_s) && sees(inhibitGnome));
-        QVERIFY(session.registerService(u"org.gnome.Mutter.IdleMonitor"_s) && sees(u"AddIdleWatch 30000"_s));
-        QCOMPARE(services.calls[3], u"Uninhibit 3"_s);
+        QVERIFY(session.unregisterService(powerManager) && session.registerService(powerManager));
+        QTRY_COMPARE(services.calls.size(), 3);
+        QCOMPARE(services.calls[2], inhibit);
+        // A number is that of the call that it replied to.
+        QVERIFY(session.registerService(sessionManager));
+        QVERIFY(session.registerService(u"org.gnome.Mutter.IdleMonitor"_s) && sees(u"Uninhibit 4"_s));
+        QCOMPARE(services.calls.mid(3, 2), (QStringList{inhibitGnome, u"AddIdleWatch 30000"_s}));
+        QVERIFY(session.unregisterService(sessionManager) && session.registerService(sessionManager));
         fire(5);
         QVERIFY(sees(u"AddUserActiveWatch"_s));
-        QCOMPARE(services.calls[5], inhibitGnome);
-        QTRY_VERIFY((fire(7), services.calls.last() == u"Uninhibit 6"));
-        QCOMPARE(services.calls.size(), 8);
+        QCOMPARE(services.calls.mid(6), (QStringList{inhibitGnome, u"AddUserActiveWatch"_s}));
+        QTRY_VERIFY((fire(8), services.calls.last() == u"Uninhibit 7"));
+        QCOMPARE(services.calls.size(), 9);
 
         services.lock = {};
         char byte;
