@@ -138,9 +138,10 @@ private Q_SLOTS:
         QVERIFY(QFile::link(QStringLiteral(BELFRY_INSTALLED "/share"), belfry.home.filePath(u"share"_s)));
         belfry.makeBell(bell);
         belfry.takeOutput();
+        belfry.set("LANGUAGE", u"de"_s);
         belfry.setClock(u"07:59:00"_s);
         belfry.launch(program);
-        QVERIFY(belfry.work({u"see|No Sound"_s, u"click|OK"_s, u"see|Bell"_s}));
+        QVERIFY(belfry.work({u"see|Kein Ton"_s, u"click|OK"_s, u"see|Bell"_s}));
         belfry.setClock(u"07:59:58"_s);
         QVERIFY(belfry.work({u"see|08:00:01"_s}));
         QVERIFY(belfry.takeOutput().startsWith(u"错误: "_s));

@@ -4,8 +4,10 @@
 //     click NAME [TITLE]   clicks the control of that accessible name (on the card of that title)
 //     type NAME TEXT       replaces the text in the field of that name
 //     see TEXT             waits for a label with that text
-//     minimise             minimises the window
-//     raised TOKEN         waits until the window is active, with that activation token
+//     background COLOR     waits until windows have that background
+//     palette COLOR        sets a palette made from that color, as a desktop's own theme would
+//     leave                minimises the window and activates another one
+//     raised TOKEN         waits until the window or its panel is active, with that activation token
 //
 // Words are separated by tabs. Controls and labels are those of the sheet or alert that is open, or else of
 // the window. A line is repeated until it succeeds; then it is printed on standard output, after "> ".
@@ -53,10 +55,16 @@ bool execute(QWidget *window, const QStringList &words)
         return type(root, argument, words.value(2));
     if (words[0] == "see"_L1)
         return find(root, "QLabel", argument);
-    if (words[0] == "minimise"_L1)
+    if (words[0] == "background"_L1)
+        return QApplication::palette().window().color().name() == argument;
+    if (words[0] == "palette"_L1)
+        QApplication::setPalette(QPalette(QColor(argument)));
+    if (words[0] == "leave"_L1) {
         window->showMinimized();
-    return words[0] == "minimise"_L1 || (!window->isMinimized() && window->isActiveWindow() &&
-                                         qEnvironmentVariable("XDG_ACTIVATION_TOKEN") == argument);
+        (new QWidget(window, Qt::Window))->show();
+    }
+    return words[0] != "raised"_L1 || (!window->isMinimized() && root->window()->isActiveWindow() &&
+                                       qEnvironmentVariable("XDG_ACTIVATION_TOKEN") == argument);
 }
 
 } // namespace
