@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(second.readAllStandardError().contains("not responding"));
         ::kill(pid_t(first.processId()), SIGCONT);
         ::kill(pid_t(first.processId()), SIGHUP);
-        QVERIFY(first.work({u"leave"_s}) && first.endsCleanly(SIGINT));
+        QVERIFY(first.work({u"leave"_s}) && first.work({u"leave"_s}) && first.endsCleanly(SIGINT));
     }
 
     void bus_startsTheProgram()

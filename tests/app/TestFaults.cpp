@@ -1,4 +1,4 @@
-// The installed program when it is killed, when its database fails at the start and when its display stops.
+// The installed program when it is killed and when its display stops.
 
 #include "support/BelfryProcess.h"
 
@@ -51,19 +51,6 @@ private Q_SLOTS:
             QVERIFY2(found == std::prev(next)->second || (next != stored.end() && found == next->second),
                      qPrintable(found.join(u',') + u" after "_s + belfry.executed.join(QString())));
         }
-    }
-
-    void garbageInPlaceOfTheDatabase_isKept()
-    {
-        BelfryProcess belfry;
-        QDir().mkpath(belfry.documents);
-        QFile file(belfry.database);
-        const QByteArray garbage = QByteArray("garbage\n").repeated(1000);
-        QVERIFY(file.open(QIODevice::ReadWrite) && file.write(garbage) == garbage.size() && file.flush());
-        belfry.launch();
-        QVERIFY(belfry.work({u"click|Edit"_s}) && belfry.endsCleanly());
-        QVERIFY(file.seek(0));
-        QCOMPARE(file.readAll(), garbage);
     }
 
     void stoppedDisplay_doesNotStopTheClock()
