@@ -37,7 +37,7 @@ double SoundBuffer::position(qint64 frame) const
 {
     const double seconds = startedAt + double(frame) / sampleRate;
     const double duration = file->duration();
-    if (file->hasExactDuration() && seconds > duration && repeats != 0)
+    if (file->hasExactDuration() && seconds > duration)
         return duration > 0 ? std::fmod(seconds, duration) : 0;
     return std::min(seconds, duration);
 }
@@ -95,6 +95,5 @@ void SoundBuffer::startNextLoop()
 
 void SoundBuffer::fail()
 {
-    file->flush(frames);
     complete = damaged = true;
 }

@@ -35,11 +35,6 @@ constexpr int maxConsecutiveDecodeErrors = 25;
 constexpr size_t maxAllocation = 16 << 20;
 constexpr int maxStreams = 8;
 
-int openNothingElse(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
-{
-    return AVERROR(EPERM);
-}
-
 int isBudgetExhausted(void *io)
 {
     return static_cast<SoundFileIO *>(io)->isBudgetExhausted();
@@ -160,7 +155,6 @@ QString SoundFile::openFormat(const QString &path)
     context->format_whitelist = av_strdup(formats);
     context->codec_whitelist = av_strdup(codecs);
     context->interrupt_callback = {&isBudgetExhausted, io.get()};
-    context->io_open = &openNothingElse;
     context->max_streams = maxStreams;
     if (avformat_open_input(&context, path.toUtf8().constData(), nullptr, nullptr) < 0)
         return openError(*io, u"Unknown format"_s);
@@ -213,7 +207,7 @@ SoundFile::Status SoundFile::decodeFrame()
         if (received == 0)
             return Status::More;
         if (received == AVERROR_EOF)
-            return io->hasFailed() ? Status::Damaged : Status::Ended;
+            return Status::Ended;
         const int got = av_read_frame(format.get(), packet.get());
         const bool isEnd = got == AVERROR_EOF;
         if (got < 0 && !isEnd && got != AVERROR(EAGAIN))

@@ -96,7 +96,6 @@ bool SoundServer::mayBeResolving() const
 
 void SoundServer::connectToServer()
 {
-    ticksWithoutActivity = 0;
     ++contextNumber;
     pa_proplist *properties = pa_proplist_new();
     pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, BELFRY_ID);
