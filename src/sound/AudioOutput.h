@@ -4,6 +4,7 @@
 
 #include <QObject>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <span>
@@ -48,8 +49,9 @@ Q_SIGNALS:
     /// There is room for more.
     void writable();
 
-    /// `framesPlayed` of the frames written since opened() have been played by now.
-    void progressed(qint64 framesPlayed);
+    /// `framesPlayed` of the frames written since opened() have been played, at some moment within the last
+    /// `age`.
+    void progressed(qint64 framesPlayed, std::chrono::nanoseconds age);
 };
 
 using AudioOutputFactory = std::function<std::unique_ptr<AudioOutput>()>;

@@ -18,6 +18,9 @@ constexpr auto maxWakeTime = 10s;
 // In frames: an output that deviates more from the timeline is opened again.
 constexpr qint64 maxDrift = sampleRate;
 
+// An answer that took longer was read late and says nothing about now.
+constexpr auto maxTimingAge = 100ms;
+
 constexpr auto pollInterval = 500ms;
 constexpr auto startupPollInterval = 50ms;
 // The server's playback position is a little uncertain: the output stays open for a while after the end.
@@ -187,9 +190,9 @@ void SoundPlayer::outputOpened()
     processTimer.start(0);
 }
 
-void SoundPlayer::outputProgressed(qint64 frames)
+void SoundPlayer::outputProgressed(qint64 frames, std::chrono::nanoseconds age)
 {
-    if (state != State::Starting && state != State::Playing)
+    if ((state != State::Starting && state != State::Playing) || age > maxTimingAge)
         return;
     playedFrame = outputStartFrame + frames;
     const bool isFirst = !std::exchange(hasProgressed, true);

@@ -54,7 +54,7 @@ private:
     void scheduleProcess();
     void feed();
     void outputOpened();
-    void outputProgressed(qint64 frames);
+    void outputProgressed(qint64 frames, std::chrono::nanoseconds age);
     void finish();
 
     AudioOutputFactory makeOutput;

@@ -29,9 +29,6 @@ constexpr auto flags = PA_STREAM_EARLY_REQUESTS;
 // during a call, "event" by the switch for system sounds. None does so with this one.
 constexpr auto role = "alarm";
 
-// In ms: an answer that took longer was read late and says nothing about now.
-constexpr qint64 maxTimingAge = 100;
-
 struct FreeProperties
 {
     void operator()(pa_proplist *properties) const { pa_proplist_free(properties); }
@@ -42,12 +39,6 @@ void disconnectWhenReady(pa_stream *stream, void *)
 {
     if (pa_stream_get_state(stream) == PA_STREAM_READY)
         pa_stream_disconnect(stream);
-}
-
-void discard(pa_operation *operation)
-{
-    if (operation)
-        pa_operation_unref(operation);
 }
 
 } // namespace
@@ -82,15 +73,15 @@ qint64 SoundStream::write(std::span<const SoundFrame> frames)
     if (count == 0 ||
         pa_stream_write(stream, frames.data(), count * frameSize, nullptr, 0, PA_SEEK_RELATIVE) < 0)
         return 0;
-    if (!std::exchange(started, true))
-        startPlayback();
     return qint64(count);
 }
 
 void SoundStream::drain()
 {
-    if (isOpen() && !std::exchange(drained, true))
-        discard(pa_stream_drain(stream, nullptr, nullptr));
+    if (!isOpen() || std::exchange(drained, true))
+        return;
+    if (pa_operation *operation = pa_stream_drain(stream, nullptr, nullptr))
+        pa_operation_unref(operation);
 }
 
 void SoundStream::requestTimingUpdate()
@@ -146,16 +137,8 @@ void SoundStream::close()
     pa_stream_unref(stream);
     stream = nullptr;
     playedFrames = 0;
-    started = drained = false;
+    drained = false;
     timingRequest.invalidate();
-}
-
-// A server that has granted a larger prebuffer than was asked for would wait for more.
-void SoundStream::startPlayback()
-{
-    const pa_buffer_attr *granted = pa_stream_get_buffer_attr(stream);
-    if (granted && granted->prebuf > frameSize)
-        discard(pa_stream_trigger(stream, nullptr, nullptr));
 }
 
 void SoundStream::stateChanged()
@@ -171,16 +154,15 @@ void SoundStream::timingUpdated()
 {
     if (!timingRequest.isValid())
         return;
-    const bool isRecent = timingRequest.elapsed() <= maxTimingAge;
+    const std::chrono::nanoseconds age(timingRequest.nsecsElapsed());
     timingRequest.invalidate();
     const pa_timing_info *timing = pa_stream_get_timing_info(stream);
     if (!timing || timing->read_index_corrupt)
         return;
     const qint64 played = timing->read_index / frameSize - qint64(timing->sink_usec) * sampleRate / 1000000;
     if (played <= playedFrames)
-        return startPlayback();
+        return;
     playedFrames = played;
     server->reportPlayback();
-    if (isRecent)
-        Q_EMIT progressed(playedFrames);
+    Q_EMIT progressed(playedFrames, age);
 }

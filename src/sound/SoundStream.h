@@ -31,13 +31,11 @@ public:
 private:
     void open();
     void close();
-    void startPlayback();
     void stateChanged();
     void timingUpdated();
 
     std::shared_ptr<SoundServer> server;
     pa_stream *stream = nullptr;
-    bool started = false;
     bool drained = false;
     bool finished = false;
     qint64 playedFrames = 0;
