@@ -3,6 +3,7 @@
 #include "sound/SoundFileIO.h"
 #include "support/SoundFiles.h"
 #include "support/SoundRecording.h"
+#include "support/StandardOutput.h"
 #include "support/Table.h"
 
 #include <QDir>
@@ -12,12 +13,26 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+extern "C" {
+#include <libavformat/avio.h>
+}
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+constexpr off_t wholeDisk = off_t(1) << 40;
+static off_t diskEnd = wholeDisk;
+extern "C" Q_DECL_EXPORT ssize_t pread(int file, void *buffer, size_t count, off_t offset)
+{
+    errno = EIO;
+    return offset >= diskEnd ? -1 : ::syscall(SYS_pread64, file, buffer, count, offset);
+}
 
 namespace {
 
@@ -110,8 +125,11 @@ private Q_SLOTS:
         };
         for (const auto &[name, options, rate, tail, peak, seam] : formats)
             add(name, SoundFiles::tone(u"1000"_s, 2, rate), QString::fromLatin1(options));
+        add("film.ogv", u"testsrc=d=2:s=64x64[out0];"_s + SoundFiles::tone(u"1000"_s, 2) + u"[out1]"_s,
+            u"-c:v libtheora -c:a libvorbis"_s);
         add("film.mp4", u"testsrc=d=1:s=64x64"_s, u"-c:v mpeg4"_s);
         add("other.au", SoundFiles::tone(u"1000"_s, 1));
+        add("adpcm_ms.wav", SoundFiles::tone(u"1000"_s, 1, 8000), u"-c:a adpcm_ms"_s);
         add("42 MB.wav", u"anullsrc=d=15:cl=7.1"_s, u"-c:a pcm_f64le"_s);
         add("slow.wav", u"anullsrc=d=1:r=2000"_s);
         add("wide.wav", u"anullsrc=d=1:cl=hexadecagonal"_s);
@@ -125,9 +143,12 @@ private Q_SLOTS:
         write("empty", {});
         write("zeros.mp3", QByteArray(1, '\0'));
         QVERIFY(QFile::resize(path("zeros.mp3"), 2'000'000'000));
-        write("text.mp3", "This is not a sound.\n");
-        write("list.mp3", "#EXTM3U\n#EXTINF:1,\nfile:///dev/zero\n");
         write("concat.mp3", "ffconcat version 1.0\nfile /dev/zero\n");
+        QByteArray claim = contents("aac.m4a"); // of 84 million samples of one byte each, all in one chunk
+        for (const auto &[box, offset, number] :
+             {std::tuple("stsz", 4, 1), {"stsz", 8, 84'000'000}, {"stsc", 12, 84'000'000}})
+            qToBigEndian(number, claim.data() + claim.indexOf(box) + 4 + offset);
+        write("claim.m4a", claim);
         write("chained", contents("vorbis.ogg") + contents("libvorbis"));
     }
 
@@ -154,7 +175,6 @@ private Q_SLOTS:
         QCOMPARE_LT(sound.unevenness(1.9, 4.1, 48), format.seam);
         const int peak = *std::max_element(sound.samples.begin() + 24000, sound.samples.begin() + 72000);
         QCOMPARE_LT(std::abs(peak - format.peak), 700);
-
         QVERIFY(file->seek(0.7));
         const SoundRecording later = decode(*file, 1);
         QCOMPARE_LT(std::abs(later.length() - (2 * length - 0.7)), 0.001);
@@ -162,11 +182,10 @@ private Q_SLOTS:
         QCOMPARE_LT(std::abs(later.samples[40] - sound.samples[33640]), 300);
 
         const QByteArray whole = contents(format.name);
-        const double cut = lengthOf(whole.first(whole.size() / 4 * 3));
-        QVERIFY2(cut > 0.8 && cut < 1.7, qPrintable(QString::number(cut)));
+        QCOMPARE_LT(std::abs(lengthOf(whole.first(whole.size() / 4 * 3)) - 1.25), 0.45);
         const QByteArray scratch(100, 'x');
         const double scratched = lengthOf(QByteArray(whole).replace(whole.size() / 4 * 3, 100, scratch));
-        QVERIFY2(scratched > 1.5 && scratched < 2.1, qPrintable(QString::number(scratched)));
+        QCOMPARE_LT(std::abs(scratched - 1.8), 0.3);
     }
 
     void unplayableFile_isRefused_data()
@@ -180,37 +199,73 @@ private Q_SLOTS:
         row(u"Is a directory"_s, {"."});
         row(u"Not a regular file"_s, {"pipe"});
         row(u"The file is empty"_s, {"empty"});
+        row(u"The sound is damaged"_s, {"claim.m4a"});
         row(u"No audio stream"_s, {"film.mp4"});
+        row(u"Unsupported codec"_s, {"adpcm_ms.wav"});
         row(u"Unsupported sample rate or number of channels"_s, {"slow.wav", "wide.wav"});
         row(u"Timed out opening the file"_s, {"zeros.mp3"});
-        row(u"Unknown format"_s, {"text.mp3", "list.mp3", "concat.mp3", "other.au"});
+        row(u"Unknown format"_s, {"concat.mp3", "other.au"});
         row(u"Too many comments"_s, {"libvorbis", "libopus", "libspeex", "flac", "chained"});
     }
 
     void unplayableFile_isRefused()
     {
         QFETCH(const QString, expected);
-        QCOMPARE(open(QTest::currentDataTag()), nullptr);
+        QCOMPARE(printedBy([&] { QVERIFY(!open(QTest::currentDataTag())); }, STDERR_FILENO), QStringList());
         QCOMPARE(error, expected);
     }
+
+    void failingDisk_isNoticed()
+    {
+        const auto file = open("42 MB.wav");
+        diskEnd = 1 << 20;
+        QCOMPARE_LT(decode(*file).length(), 1.0);
+        QVERIFY(!file->hasExactDuration());
+        diskEnd = 0;
+        QCOMPARE(open("x.mp3"), nullptr);
+        QCOMPARE(error, u"The file cannot be read"_s);
+    }
+
+    void cleanup() { diskEnd = wholeDisk; }
 
     // Pictures that FFmpeg would read: in a tag, and in a FLAC block, which has no picture here and is
     // refused.
     void metadata_isHidden()
     {
+        const QByteArray mp3 = contents("without its length.mp3");
         QFile tagged(path("tagged.mp3"));
         QVERIFY(tagged.open(QIODevice::WriteOnly) && tagged.write(QByteArray("ID3\4\0\0\x5f\0\0\0", 10)));
-        QVERIFY(tagged.seek(10 + (0x5f << 21)) && tagged.write(contents("x.mp3")));
+        QVERIFY(tagged.seek(10 + (0x5f << 21)) && tagged.write(mp3));
         tagged.close();
         const auto file = open("tagged.mp3");
         QVERIFY(file);
-        QCOMPARE(decode(*file).length(), 2.0);
-        const QByteArray flac = contents("x.flac");
+        QCOMPARE_LT(std::abs(file->duration() - 2), 1); // FFmpeg takes it from the size.
+        QCOMPARE(decode(*file).length(), lengthOf(mp3));
+        const QByteArray flac = contents("x.flac").first(30'000); // less than is read at once
         const QByteArray block = QByteArray("\0\1\x86\xa0", 4) + QByteArray(100'000, 'x');
-        QCOMPARE(lengthOf(flac.first(42) + block + flac.mid(42)), 2.0);
+        QCOMPARE(lengthOf(flac.first(42) + block + flac.mid(42)), lengthOf(flac));
+        const auto hiddenIn = [this](const QByteArray &bytes) {
+            write("changed", bytes);
+            QFile changed(path("changed"));
+            return changed.open(QIODevice::ReadOnly)
+                       ? SoundMetadata::hiddenRange(changed.handle(), bytes.size()).length
+                       : -1;
+        };
+        QCOMPARE(hiddenIn(flac.first(4) + '\x80' + flac.mid(5)), 0);
+        QCOMPARE(hiddenIn(flac.first(42) + QByteArray("\1\xff\xff\xff", 4)), 4);
+        QCOMPARE(hiddenIn(QByteArray("ID3\4\0\x10\0\0\0\0"
+                                     "xxxxxxxxxx"
+                                     "ID3\4\0\0\0\0\1\0",
+                                     30) +
+                          mp3),
+                 158);
+        QFile ogg(path("libvorbis"));
+        QVERIFY(ogg.open(QIODevice::ReadOnly));
+        const qint64 page = contents("libvorbis").indexOf("OggS", 1); // which may lie across two reads
+        QVERIFY(SoundMetadata::hasTooManyOggComments(ogg.handle(), page + 26, page + 30));
     }
 
-    void changeOfFormat_isFollowed()
+    void changeOfFormat_isFollowed_andOtherStreamsAreSkipped()
     {
         write("change.mp3", contents("x.mp3") + contents("8 kHz.mp3"));
         const auto file = open("change.mp3");
@@ -218,6 +273,7 @@ private Q_SLOTS:
         QVERIFY(file->read(frames, 3 * 48000) == SoundFile::Status::More);
         QCOMPARE_LT(std::abs(file->duration() - 3), 0.1); // though the file says 2
         QCOMPARE_LT(std::abs(decode(*file).length() - 1), 0.2);
+        QCOMPARE(lengthOf(contents("film.ogv")), 2.0);
     }
 
     void budget_isLimitedButRenewed()
@@ -225,28 +281,12 @@ private Q_SLOTS:
         const auto io = SoundFileIO::open(path("x.mp3"), error);
         io->setBudget(1, 1h);
         QVERIFY(!io->isBudgetExhausted());
-        io->setBudget(0, 1h);
+        quint8 byte;
+        QCOMPARE(io->context()->read_packet(io.get(), &byte, 1), 1);
         QVERIFY(io->isBudgetExhausted());
         io->setBudget(1, 0ms);
         QTRY_VERIFY(io->isBudgetExhausted());
         QCOMPARE(decode(*open("42 MB.wav")).length(), 15.0);
-    }
-
-    void falseClaim_takesNoMemory()
-    {
-        QByteArray file = contents("aac.m4a");
-        const auto patch = [&](const char *box, qsizetype offset, quint32 number) {
-            qToBigEndian(number, file.data() + file.indexOf(box) + 4 + offset);
-        };
-        patch("stsz", 4, 1);           // each sample has one byte,
-        patch("stsz", 8, 84'000'000);  // there are so many,
-        patch("stsc", 12, 84'000'000); // all in one chunk
-        rusage before = {};
-        getrusage(RUSAGE_SELF, &before);
-        lengthOf(file);
-        rusage after = {};
-        getrusage(RUSAGE_SELF, &after);
-        QCOMPARE_LT(after.ru_maxrss - before.ru_maxrss, 128 << 10);
     }
 
     void cleanupTestCase()

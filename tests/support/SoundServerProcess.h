@@ -14,6 +14,8 @@
 #include <limits>
 #include <sys/prctl.h>
 
+using namespace Qt::StringLiterals;
+
 /// A sound server for tests, PulseAudio or (BELFRY_TEST_SOUND_SERVER=PipeWire) PipeWire, without hardware.
 /// What its sink "ear" plays is recorded while the event loop runs.
 ///
@@ -28,29 +30,14 @@ public:
     SoundServerProcess()
     {
         QObject::connect(&recorder, &QProcess::readyReadStandardOutput, &recorder, [this] { takeIn(); });
-        environment.insert(QStringLiteral("PULSE_SERVER"), QFile::decodeName(address()));
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                           QStringLiteral("unix:path=/nonexistent"));
+        environment.insert(u"PULSE_SERVER"_s, QFile::decodeName(address()));
+        environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
         for (const char *name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME"})
             environment.insert(QString::fromLatin1(name), folder.path());
         // A sanitizer or a faked clock is for the program under test.
-        environment.remove(QStringLiteral("LD_PRELOAD"));
-        const QString listSinks = QStringLiteral("pactl list short sinks");
-        if (isPipeWire) {
-            // wireplumber connects streams with sinks. A stream that is there before the sink has its ports
-            // may stay silent.
-            daemons = {{QStringLiteral("pipewire"), listSinks, ""},
-                       {QStringLiteral("wireplumber"), QStringLiteral("pw-link --input"), "ear:playback_FL"},
-                       {QStringLiteral("pipewire-pulse"), listSinks, "ear"}};
+        environment.remove(u"LD_PRELOAD"_s);
+        if (isPipeWire)
             configurePipeWire();
-        } else {
-            // Without `norewinds` an idle sink plays in blocks of two seconds.
-            const QString command = QStringLiteral(
-                "pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 --high-priority=no "
-                "--realtime=no -L \"module-native-protocol-unix auth-anonymous=1 socket=%1\" "
-                "-L \"module-null-sink sink_name=ear rate=48000 norewinds=1\"");
-            daemons = {{command.arg(path("pulse/native")), listSinks, "ear"}};
-        }
     }
 
     ~SoundServerProcess() { kill(); }
@@ -62,59 +49,53 @@ public:
     bool start()
     {
         kill();
-        QFile::remove(path("pulse/native"));
-        QFile::remove(path("pipewire-0"));
-        for (qsizetype i = 0; i < daemons.size(); ++i) {
-            const auto isUp = [this, &daemon = daemons[i], &process = processes[size_t(i)]] {
-                // PipeWire's others end when nobody listens at its socket yet.
-                if (process.state() == QProcess::NotRunning)
-                    run(process, daemon.command);
-                return output(daemon.probe).contains(daemon.sign);
-            };
-            if (!QTest::qWaitFor(isUp, 10000))
-                return false;
+        const QString listSinks = u"pactl list short sinks"_s;
+        if (!isPipeWire) {
+            // Without `norewinds` an idle sink plays in blocks of two seconds.
+            const QString command = QStringLiteral(
+                "pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 --high-priority=no "
+                "--realtime=no -L \"module-native-protocol-unix auth-anonymous=1 socket=%1\" "
+                "-L \"module-null-sink sink_name=ear rate=48000 norewinds=1\"");
+            return run(daemons[0], command.arg(path("pulse/native")), listSinks, "ear") && record();
         }
-        return record();
-    }
-
-    /// Adds a sink, and returns the number of its module.
-    QByteArray addSink(const QString &name) const
-    {
-        const QByteArray module =
-            control(QStringLiteral("load-module module-null-sink sink_name=%1").arg(name));
-        const auto hasPorts = [&] {
-            return !isPipeWire ||
-                   output(QStringLiteral("pw-link --input")).contains(name.toUtf8() + ":playback_FL");
-        };
-        return QTest::qWaitFor(hasPorts, 10000) ? module : QByteArray();
+        // wireplumber connects streams with sinks. A stream that is there before the sink has its ports may
+        // stay silent.
+        launch(daemons[0], u"pipewire"_s);
+        return run(daemons[1], u"wireplumber"_s, u"pw-link --input"_s, "ear:playback_FL") &&
+               run(daemons[2], u"pipewire-pulse"_s, listSinks, "ear") && record();
     }
 
     /// Ends the server and the recorder, as a crash would.
     void kill()
     {
-        for (QProcess *process : {&recorder, &processes[0], &processes[1], &processes[2]}) {
+        for (QProcess *process : {&recorder, &daemons[0], &daemons[1], &daemons[2]}) {
             process->kill();
             process->waitForFinished();
         }
     }
 
     /// What `pactl` prints for a command to the server, such as "suspend-sink ear 1".
-    QByteArray control(const QString &command) const { return output(QStringLiteral("pactl ") + command); }
+    QByteArray control(const QString &command) const { return output(u"pactl "_s + command); }
 
-    /// Has the sink stop playing, as one that sleeps, or go on. The recording starts again then.
-    void suspend(bool isSuspended)
+    /// Begins a new recording, and returns whether it has begun.
+    bool record()
     {
-        control(QStringLiteral("suspend-sink ear %1").arg(int(isSuspended)));
-        if (!isSuspended)
-            record();
+        recorder.kill();
+        recorder.waitForFinished();
+        recording.samples.clear();
+        beganAt = std::numeric_limits<qint64>::max();
+        launch(recorder,
+               QStringLiteral("parec --raw --device=ear.monitor --format=s16le --rate=48000 --channels=1 "
+                              "--latency-msec=10"));
+        return QTest::qWaitFor([this] { return !recording.samples.empty(); }, 10000);
     }
 
     /// Sends a signal to the server: SIGSTOP holds it up, as a deadlock would, until SIGCONT.
-    void signal(int number)
+    void signal(int number) const
     {
-        for (const QProcess &process : processes) {
-            if (process.state() == QProcess::Running)
-                ::kill(pid_t(process.processId()), number);
+        for (const QProcess &daemon : daemons) {
+            if (daemon.state() == QProcess::Running)
+                ::kill(pid_t(daemon.processId()), number);
         }
     }
 
@@ -137,17 +118,9 @@ public:
     qint64 began() const { return beganAt; }
 
 private:
-    // `sign` is in the output of `probe` when the daemon is ready.
-    struct Daemon
-    {
-        QString command;
-        QString probe;
-        QByteArray sign;
-    };
-
     QString path(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
 
-    void run(QProcess &process, const QString &command) const
+    void launch(QProcess &process, const QString &command) const
     {
         process.setProcessEnvironment(environment);
         process.setChildProcessModifier(
@@ -159,44 +132,46 @@ private:
     QByteArray output(const QString &command) const
     {
         QProcess process;
-        run(process, command);
+        launch(process, command);
         process.waitForFinished();
         return process.readAllStandardOutput().trimmed();
+    }
+
+    // Launches a daemon, and waits until `probe` prints `sign`.
+    bool run(QProcess &daemon, const QString &command, const QString &probe, const QByteArray &sign) const
+    {
+        const auto isUp = [&] {
+            // PipeWire's others end when nobody listens at its socket yet.
+            if (daemon.state() == QProcess::NotRunning)
+                launch(daemon, command);
+            return output(probe).contains(sign);
+        };
+        return QTest::qWaitFor(isUp, 10000);
     }
 
     // Real-time scheduling may be missing: long cycles, which a busy machine does not miss. No real devices,
     // and nothing of the desktop, for wireplumber 0.4 and 0.5.
     void configurePipeWire() const
     {
-        const auto write = [this](const char *directory, const char *name, const char *text) {
-            QFile file(QDir(path(directory)).filePath(QString::fromLatin1(name)));
-            if (!QDir().mkpath(path(directory)) || !file.open(QIODevice::WriteOnly) || file.write(text) < 0)
+        const std::pair<const char *, const char *> files[] = {
+            {"pipewire/pipewire.conf.d/test.conf",
+             "context.properties = { default.clock.quantum = 4096 default.clock.min-quantum = 4096 "
+             "default.clock.max-quantum = 4096 } "
+             "context.objects = [ { factory = adapter args = { factory.name = support.null-audio-sink "
+             "node.name = ear media.class = Audio/Sink audio.position = [ FL FR ] } } ]"},
+            {"wireplumber/main.lua.d/60-none.lua",
+             "alsa_monitor.enabled = false v4l2_monitor.enabled = false libcamera_monitor.enabled = false "
+             "default_access.properties[\"enable-flatpak-portal\"] = false"},
+            {"wireplumber/bluetooth.lua.d/60-none.lua", "bluez_monitor.enabled = false"},
+            {"wireplumber/wireplumber.conf.d/none.conf",
+             "wireplumber.profiles = { main = { hardware.audio = disabled hardware.bluetooth = disabled "
+             "hardware.video-capture = disabled support.portal-permissionstore = disabled } }"}};
+        for (const auto &[name, text] : files) {
+            QFile file(path(name));
+            if (!QDir().mkpath(QFileInfo(file).path()) || !file.open(QIODevice::WriteOnly) ||
+                file.write(text) < 0)
                 qFatal("cannot configure PipeWire");
-        };
-        write("pipewire/pipewire.conf.d", "test.conf",
-              "context.properties = { default.clock.quantum = 4096 default.clock.min-quantum = 4096 "
-              "default.clock.max-quantum = 4096 } "
-              "context.objects = [ { factory = adapter args = { factory.name = support.null-audio-sink "
-              "node.name = ear media.class = Audio/Sink audio.position = [ FL FR ] } } ]");
-        write("wireplumber/main.lua.d", "60-none.lua",
-              "alsa_monitor.enabled = false v4l2_monitor.enabled = false libcamera_monitor.enabled = false "
-              "default_access.properties[\"enable-flatpak-portal\"] = false");
-        write("wireplumber/bluetooth.lua.d", "60-none.lua", "bluez_monitor.enabled = false");
-        write("wireplumber/wireplumber.conf.d", "none.conf",
-              "wireplumber.profiles = { main = { hardware.audio = disabled hardware.bluetooth = disabled "
-              "hardware.video-capture = disabled support.portal-permissionstore = disabled } }");
-    }
-
-    bool record()
-    {
-        recorder.kill();
-        recorder.waitForFinished();
-        recording.samples.clear();
-        beganAt = std::numeric_limits<qint64>::max();
-        run(recorder,
-            QStringLiteral("parec --raw --device=ear.monitor --format=s16le --rate=48000 --channels=1 "
-                           "--latency-msec=10"));
-        return QTest::qWaitFor([this] { return !recording.samples.empty(); }, 10000);
+        }
     }
 
     // The earliest arrival tells best when the first sample was played.
@@ -211,8 +186,7 @@ private:
 
     const QTemporaryDir folder;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    QList<Daemon> daemons;
-    std::array<QProcess, 3> processes; // of daemons
+    std::array<QProcess, 3> daemons;
     QProcess recorder;
     SoundRecording recording;
     qint64 beganAt = 0;
