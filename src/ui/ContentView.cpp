@@ -31,15 +31,13 @@ namespace {
 constexpr QSize minimumWindowSize{960, 488};
 constexpr QSize initialSize{960, 640};
 
-// Centred in the available area of the screen, with room for the title bar. A window that does not fit starts
-// at the top left, so that its toolbar stays in view.
+// Centred in the available area of the screen, with room for the title bar. Where the minimum size does not
+// fit, the window begins at the top left, so that its toolbar is in view.
 QRect initialGeometry(const QScreen &screen, int titleBarHeight)
 {
     const QRect available = screen.availableGeometry().adjusted(0, titleBarHeight, 0, 0);
-    const QSize size = initialSize.boundedTo(available.size()).expandedTo(minimumWindowSize);
-    QRect geometry = QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, available);
-    geometry.moveTo(qMax(geometry.x(), available.x()), qMax(geometry.y(), available.y()));
-    return geometry;
+    const QSize size = initialSize.boundedTo(available.size());
+    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, available);
 }
 
 bool isCurrent(const AppStore &appStore, NavigationItem screen)
@@ -70,7 +68,6 @@ ContentView::ContentView(const Environment &environment, QWidget *parent)
     setGeometry(initialGeometry(*screen(), style()->pixelMetric(QStyle::PM_TitleBarHeight)));
     createToolBar();
     updateToolBar();
-    sidebar->setFocus();
     new FocusRing(this);
     new Refresher([this] { updateToolBar(); }, {&environment.appStore}, this);
     new Refresher([this] { showEditors(); }, {&environment.planStore, &environment.holidayStore}, this);

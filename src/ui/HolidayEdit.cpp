@@ -21,7 +21,6 @@ HolidayEdit::HolidayEdit(HolidayStore &holidayStore, const Clock &clock, const s
 
 bool HolidayEdit::commit()
 {
-    holiday.isChecked = false;
     holiday.title = title();
     holiday.begin = begin->dateText();
     holiday.end = end->dateText();

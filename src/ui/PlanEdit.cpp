@@ -72,7 +72,6 @@ QString PlanEdit::validationError() const
 
 bool PlanEdit::commit()
 {
-    plan.isChecked = plan.isPlaying = false;
     plan.title = title();
     plan.begin = begin->minuteText();
     plan.end = end->minuteText();
