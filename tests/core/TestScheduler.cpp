@@ -1,6 +1,5 @@
 #include "core/Scheduler.h"
 
-#include "core/ManualPlayback.h"
 #include "support/SharedObjects.h"
 #include "support/Table.h"
 
@@ -121,28 +120,6 @@ private Q_SLOTS:
                  u"2026-03-08 08:30:00 0"_s);
         timetable.tickAt(u"2026-03-09 08:00:00"_s); // A start prunes the history.
         QCOMPARE(timetable.log(), QStringList{u"Bell 08:00:00 - "_s});
-    }
-
-    void aStartByHand_finishesWhatPlays_andAStopKeepsThePosition()
-    {
-        Timetable timetable("2026-03-02 08:00:00");
-        const auto toggle = [&timetable](qsizetype index) {
-            ManualPlayback::toggle(Plan(timetable.planStore.plans->at(index)), timetable.planStore,
-                                   timetable.historyStore, timetable.avPlayer);
-            timetable.clock.advance(1000);
-            return timetable.state();
-        };
-        timetable.addPlan(u"A"_s);
-        timetable.addPlan(u"B"_s);
-        QCOMPARE(toggle(0), u"A [A]"_s);
-        QCOMPARE(toggle(1), u"B [B]"_s);
-        timetable.players.playing->setCurrentTime(30);
-        QCOMPARE(toggle(1), u"- []"_s);
-        QCOMPARE(timetable.avPlayer.player.value()->currentTime(), 30.0);
-        QCOMPARE(timetable.log(), (QStringList{u"A 08:00:00 - 08:00:01"_s, u"B 08:00:01 - 08:00:02"_s}));
-        timetable.clock.advance(86'400'000);
-        toggle(0);
-        QCOMPARE(timetable.log(), QStringList{u"A 08:00:03 - "_s});
     }
 };
 

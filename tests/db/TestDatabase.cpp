@@ -13,12 +13,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QVariant nullMarker = QVariant::fromValue(nullptr);
-
-} // namespace
-
 // Each test begins with an open database in memory, `db`, and an empty log.
 class TestDatabase final : public QObject
 {
@@ -87,11 +81,9 @@ private Q_SLOTS:
         const QDateTime moment = QDateTime::fromMSecsSinceEpoch(1500, Qt::UTC);
         const QList<std::pair<QVariant, QString>> cases{
             {QVariant(), u"null std::nullptr_t "_s},
-            {nullMarker, u"null std::nullptr_t "_s},
             {QByteArray(), u"blob std::nullptr_t "_s},
             {QByteArray("a\0b", 3), u"blob QByteArray a\0b"_s},
             {true, u"integer qlonglong 1"_s},
-            {-2147483647, u"integer qlonglong -2147483647"_s},
             {~0ULL, u"integer qlonglong -1"_s},
             {0.1F, u"real double 0.10000000149011612"_s},
             {moment, u"real double 1.5"_s},
@@ -179,7 +171,7 @@ private Q_SLOTS:
         };
         QVERIFY(!db->executeStatements(u"select 'ä' as a, null as b; select 1; delete from t"_s,
                                        stopAtTheSecond));
-        QCOMPARE(rows.value(0), (QVariantHash{{u"a"_s, u"ä"_s}, {u"b"_s, nullMarker}}));
+        QCOMPARE(rows.value(0), (QVariantHash{{u"a"_s, u"ä"_s}, {u"b"_s, QVariant::fromValue(nullptr)}}));
         QCOMPARE(rowsOf(*db, u"select a from t"_s), {u"ä"_s});
     }
 
