@@ -7,10 +7,8 @@
 #include "support/SharedObjects.h"
 #include "toolkit/Card.h"
 #include "toolkit/CardGrid.h"
-#include "toolkit/Group.h"
 #include "ui/ContentView.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
@@ -18,8 +16,6 @@
 #include <QPointer>
 #include <QTest>
 #include <QToolBar>
-
-#include <algorithm>
 
 /// The main window over shared objects of its own. The clock stands on a Monday just before eight. Lists are
 /// filled before open().
@@ -31,26 +27,20 @@ public:
     MainWindow() : SharedObjects("2026-03-02 07:59:58") {}
 
     /// A holiday that is long over, in the list.
-    Holiday addHoliday(const QString &title, const QString &begin = QStringLiteral("2024-10-01"))
+    void addHoliday(const QString &title, const QString &begin = QStringLiteral("2024-10-01"))
     {
-        const Holiday holiday{false, newId(), title, begin, QStringLiteral("2024-10-07")};
-        holidayStore.addHoliday(holiday);
-        return holiday;
+        holidayStore.addHoliday(
+            {.id = newId(), .title = title, .begin = begin, .end = QStringLiteral("2024-10-07")});
     }
 
-    void open(bool animated = false)
+    void open(bool isEditMode = false)
     {
         for (CardGrid *grid : view.findChildren<CardGrid *>())
-            grid->setAnimated(animated);
+            grid->setAnimated(false);
         view.show();
         QVERIFY(QTest::qWaitForWindowActive(&view));
-    }
-
-    void openInEditMode()
-    {
-        open();
-        appStore.isEditMode = true;
-        QTRY_VERIFY(control(toolBar(), QStringLiteral("Delete")));
+        appStore.isEditMode = isEditMode;
+        QTRY_COMPARE(control(toolBar(), QStringLiteral("Delete")) != nullptr, isEditMode);
     }
 
     /// Lets the window's timer see the time of day, "HH:mm:ss".
@@ -63,11 +53,9 @@ public:
     QToolBar *toolBar() const { return view.findChild<QToolBar *>(); }
     QListWidget *list() const { return view.findChild<QListWidget *>(); }
 
-    /// The column of the sidebar, and in it the clock.
-    QWidget *column() const { return list()->parentWidget(); }
     QLabel *clockLabel() const
     {
-        return column()->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+        return list()->parentWidget()->findChild<QLabel *>({}, Qt::FindDirectChildrenOnly);
     }
 
     /// Clicks the row of that text in the sidebar.
@@ -84,18 +72,17 @@ public:
     /// The card of that title on the screen that is shown; null when there is none.
     Card *card(const QString &title) const
     {
-        const auto cards = view.findChildren<Card *>();
-        const auto found = std::find_if(cards.begin(), cards.end(), [&title](const Card *card) {
-            return card->isVisible() && card->title() == title;
-        });
-        return found == cards.end() ? nullptr : *found;
+        for (Card *card : view.findChildren<Card *>()) {
+            if (card->isVisible() && card->title() == title)
+                return card;
+        }
+        return nullptr;
     }
 
-    /// The panel of that kind in the window, once it has the focus; null when none comes.
-    template<typename Dialog = QDialog>
-    QPointer<Dialog> dialog() const
+    /// The panel in the window, once it has the focus; null when none comes.
+    QPointer<QDialog> dialog() const
     {
-        const auto find = [this] { return view.findChild<Dialog *>(); };
+        const auto find = [this] { return view.findChild<QDialog *>(); };
         const auto hasFocus = [&] { return find() && find()->isAncestorOf(QApplication::focusWidget()); };
         return QTest::qWaitFor(hasFocus) ? find() : nullptr;
     }
@@ -116,23 +103,4 @@ inline void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
 {
     QTRY_VERIFY(QApplication::focusWidget());
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-}
-
-/// What a card shows, in reading order: its texts, and its icons by their names.
-inline QStringList contents(const Card *card)
-{
-    QStringList shown;
-    for (const QWidget *widget : card->findChild<Group *>()->findChildren<QWidget *>()) {
-        const auto *label = qobject_cast<const QLabel *>(widget);
-        const QString text = label && !label->text().isEmpty() ? label->text() : widget->accessibleName();
-        if (widget->isVisible() && !text.isEmpty())
-            shown << text;
-    }
-    return shown;
-}
-
-/// The colour behind what a card shows.
-inline QColor background(Card *card)
-{
-    return card->grab().toImage().pixelColor(card->width() / 2, 2);
 }
