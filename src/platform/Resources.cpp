@@ -17,8 +17,6 @@ Resources Resources::ofApplication()
 
 std::optional<QString> Resources::path(const QString &name, const QString &type) const
 {
-    if (name.isEmpty())
-        return std::nullopt;
     const QString file = folder + u'/' + (type.isEmpty() ? name : name + u'.' + type);
     return QFileInfo(file).isFile() ? std::optional(file) : std::nullopt;
 }

@@ -2,6 +2,7 @@
 #include "platform/FilePath.h"
 #include "platform/Log.h"
 #include "platform/ObservableObject.h"
+#include "platform/Resources.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -37,7 +38,7 @@ private Q_SLOTS:
         Log::print(u"错误: "_s + QString(5000, u'x'));
         qWarning("from Qt");
         char text[6000];
-        const auto length = ::read(ends[0], text, sizeof text);
+        const QString lines = QString::fromUtf8(text, ::read(ends[0], text, sizeof text));
         const auto flood = [] {
             for (int i = 0; i < 200; ++i) { // nobody reads
                 Log::print(QString(1000, u'x'));
@@ -48,15 +49,20 @@ private Q_SLOTS:
         thread->start();
         flood();
         QVERIFY(thread->wait());
+        while (::read(ends[0], text, sizeof text) > 0) {
+        }
         ::close(ends[0]);
         Log::print(u"The reader has gone."_s);
+        ::close(STDOUT_FILENO);
+        QCOMPARE(::open("/dev/full", O_WRONLY), STDOUT_FILENO);
+        Log::print(u"The disk is full."_s);
 
         qInstallMessageHandler(testHandler);
         ::dup2(before[0], STDOUT_FILENO);
         ::dup2(before[1], STDERR_FILENO);
         const QRegularExpression expected(
             u"^错误: x{5000}\n\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} TestPlatform\\[\\d+\\] from Qt\n$"_s);
-        QVERIFY(expected.match(QString::fromUtf8(text, length)).hasMatch());
+        QVERIFY2(expected.match(lines).hasMatch(), qPrintable(lines));
         QCOMPARE(SystemClock().now().timeSpec(), Qt::LocalTime);
     }
 
@@ -72,6 +78,7 @@ private Q_SLOTS:
         const QString text = QFile::decodeName(file.c_str());
         QCOMPARE(FilePath::existing(text), QByteArray::fromStdString(file));
         QVERIFY(!FilePath::existing(text + u"x"_s) && !FilePath::existing(folder.path() + QChar::Null));
+        QVERIFY(!Resources(folder.path()).path(u""_s)); // which is the folder
         std::filesystem::remove_all(root);
     }
 
