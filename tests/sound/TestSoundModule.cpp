@@ -94,7 +94,7 @@ private Q_SLOTS:
         log.reset();
         if (QTest::currentTestFailed())
             server.start();
-        QCOMPARE(unexpected, QStringList());
+        QVERIFY2(unexpected.isEmpty(), qPrintable(unexpected.join(u'\n')));
         QTRY_VERIFY(!isHeard());
     }
 
@@ -162,6 +162,7 @@ private Q_SLOTS:
         QCOMPARE(streams(), 0);
         QVERIFY(server.start() && log->lines().isEmpty()); // A restart between two bells bothers nobody.
         QVERIFY(player->play() && waitUntilHeard());
+        log->takeLines(); // PipeWire may end the first connection.
     }
 
     void withoutServer_timeRunsInSilence()
@@ -197,7 +198,7 @@ private Q_SLOTS:
         lookups = 0;
         player = playing("long.wav");
         pass(1); // The second try comes sooner.
-        QTRY_COMPARE(int(lookups), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(int(lookups), 2, 500);
         log->takeLines();
     }
 
