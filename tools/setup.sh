@@ -13,6 +13,8 @@ build_packages="$build_tools $build_libraries"
 test_packages="appstream dbus-daemon desktop-file-utils dpkg-dev ffmpeg file fonts-dejavu-core
     fonts-wqy-microhei libfaketime lintian pipewire pipewire-pulse pulseaudio pulseaudio-utils python3
     qt6-translations-l10n tzdata wireplumber xvfb"
+# The benchmarks are compiled too.
+lint_packages="clang clang-tidy codespell libbenchmark-dev libsqlitecpp-dev shellcheck"
 bench_packages="cron ffmpeg libbenchmark-dev libqt6sql6-sqlite libsqlitecpp-dev mpv pipewire-pulse pulseaudio
     pulseaudio-utils python3 qt6-wayland weston wireplumber xvfb"
 
