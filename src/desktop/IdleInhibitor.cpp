@@ -90,7 +90,7 @@ void IdleInhibitor::inhibitViaLogind()
          [this](const QDBusPendingReply<QDBusUnixFileDescriptor> &reply) {
              if (!reply.isError())
                  logindLock = reply.value();
-             else if (!std::exchange(hasLogged, true))
+             else if (!std::exchange(hasLoggedLogindError, true))
                  Log::write(u"Cannot inhibit idle suspend: "_s + reply.error().message());
          });
 }

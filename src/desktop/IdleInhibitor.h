@@ -31,7 +31,7 @@ private:
     void uninhibitSessionManager();
 
     QDBusUnixFileDescriptor logindLock;
-    bool hasLogged = false;
+    bool hasLoggedLogindError = false;
 
     uint idleWatch = 0;       // fires whenever there has been no input for a while
     uint userActiveWatch = 0; // fires once, at the next input

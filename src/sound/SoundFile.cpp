@@ -212,10 +212,10 @@ SoundFile::Status SoundFile::decodeFrame()
         const bool isEnd = got == AVERROR_EOF;
         if (got < 0 && !isEnd && got != AVERROR(EAGAIN))
             return Status::Damaged;
-        const bool lastWasDecoded = received == AVERROR(EAGAIN); // it only needs another packet
+        const bool needsPacket = received == AVERROR(EAGAIN);
         const bool wasSent =
             isEnd ? avcodec_send_packet(codec.get(), nullptr) >= 0 : got >= 0 && sendPacket();
-        errors += lastWasDecoded && wasSent ? 0 : 1;
+        errors += needsPacket && wasSent ? 0 : 1;
     }
     return Status::Damaged;
 }

@@ -106,7 +106,8 @@ SoundMetadata::Range SoundMetadata::hiddenRange(int file, qint64 size)
     std::array<quint8, 5> head = {};
     if (readAt(file, 0, head) && beginsWith(head, flacMark)) {
         const qint64 length = flacBlocksLength(file, head.back() & flacLastBlock);
-        return {flacStreamInfoEnd, std::clamp(size - flacStreamInfoEnd, qint64(0), length)};
+        return {flacStreamInfoEnd,
+                std::clamp(length, qint64(0), std::max(qint64(0), size - flacStreamInfoEnd))};
     }
     return {0, std::min(id3Length(file), size)};
 }

@@ -24,7 +24,7 @@ constexpr auto maxTimingAge = 100ms;
 constexpr auto pollInterval = 500ms;
 constexpr auto startupPollInterval = 50ms;
 // The server's playback position is a little uncertain: the output stays open for a while after the end.
-constexpr auto tailTimeout = 1s;
+constexpr auto drainTimeout = 1s;
 
 } // namespace
 
@@ -41,14 +41,14 @@ SoundPlayer::~SoundPlayer() = default;
 
 bool SoundPlayer::isPlaying() const
 {
-    return (state == State::Starting || state == State::Playing) && frame() < buffer.playbackEnd();
+    return (state == State::Starting || state == State::Playing) && playhead() < buffer.playbackEnd();
 }
 
 double SoundPlayer::currentTime() const
 {
-    if (state == State::Stopped || state == State::Tail)
+    if (state == State::Stopped || state == State::Draining)
         return position;
-    return isPlaying() ? buffer.position(frame()) : 0;
+    return isPlaying() ? buffer.position(playhead()) : 0;
 }
 
 double SoundPlayer::duration() const
@@ -69,7 +69,7 @@ bool SoundPlayer::play()
     if (!buffer.start(position, loops))
         return false;
     state = State::Starting;
-    anchorFrame = nextFrame = 0;
+    anchorFrame = writeFrame = 0;
     anchorTimer.invalidate();
     openOutput();
     processTimer.start(0);
@@ -105,16 +105,16 @@ void SoundPlayer::setDelegate(AVAudioPlayerDelegate *newDelegate)
     delegate = newDelegate;
 }
 
-qint64 SoundPlayer::frame() const
+qint64 SoundPlayer::playhead() const
 {
     return state == State::Playing ? anchorFrame + anchorTimer.nsecsElapsed() / 1000 * sampleRate / 1000000
                                    : 0;
 }
 
-void SoundPlayer::syncTimeline(qint64 now)
+void SoundPlayer::syncTimeline(qint64 frame)
 {
     state = State::Playing;
-    anchorFrame = now;
+    anchorFrame = frame;
     anchorTimer.start();
 }
 
@@ -128,9 +128,9 @@ void SoundPlayer::openOutput()
 
 void SoundPlayer::process()
 {
-    if (state == State::Tail)
+    if (state == State::Draining)
         return output.reset();
-    if (buffer.decodedEnd() < frame() + decodeAhead)
+    if (buffer.decodedEnd() < playhead() + decodeAhead)
         buffer.decode();
     if (state == State::Starting)
         awaitStart();
@@ -138,7 +138,7 @@ void SoundPlayer::process()
         return finish();
     feed();
     // The device has stopped, or the server's buffer ran empty while this thread was held.
-    if (output->isOpen() && nextFrame + maxDrift < frame())
+    if (output->isOpen() && writeFrame + maxDrift < playhead())
         output->reopen();
     output->requestTimingUpdate();
     scheduleProcess();
@@ -159,13 +159,13 @@ void SoundPlayer::awaitStart()
 void SoundPlayer::scheduleProcess()
 {
     using std::chrono::milliseconds;
-    const qint64 now = frame();
+    const qint64 frame = playhead();
     const bool isWaiting = state == State::Starting || (output->isOpen() && !hasProgressed);
     milliseconds next = isWaiting ? startupPollInterval : pollInterval;
-    if (!buffer.isComplete() && buffer.decodedEnd() < now + decodeAhead)
+    if (!buffer.isComplete() && buffer.decodedEnd() < frame + decodeAhead)
         next = 0ms;
     if (state == State::Playing) {
-        const qint64 left = std::min(buffer.playbackEnd() - now, decodeAhead);
+        const qint64 left = std::min(buffer.playbackEnd() - frame, decodeAhead);
         next = std::min(next, milliseconds(left * 1000 / sampleRate + 1));
     }
     processTimer.start(next);
@@ -174,17 +174,17 @@ void SoundPlayer::scheduleProcess()
 // Also called by signals of the output, which must not be reopened then.
 void SoundPlayer::feed()
 {
-    nextFrame += output->write(buffer.from(nextFrame));
-    if (buffer.isComplete() && nextFrame >= buffer.decodedEnd())
+    writeFrame += output->write(buffer.from(writeFrame));
+    if (buffer.isComplete() && writeFrame >= buffer.decodedEnd())
         output->drain();
-    buffer.dropBefore(output->isOpen() ? std::min(frame(), playedFrame) : frame());
+    buffer.dropBefore(output->isOpen() ? std::min(playhead(), playedFrame) : playhead());
 }
 
 void SoundPlayer::outputOpened()
 {
     if (state != State::Starting && state != State::Playing)
         return;
-    outputStartFrame = nextFrame = playedFrame = frame();
+    outputStartFrame = writeFrame = playedFrame = playhead();
     hasProgressed = false;
     feed();
     processTimer.start(0);
@@ -196,7 +196,7 @@ void SoundPlayer::outputProgressed(qint64 frames, std::chrono::nanoseconds age)
         return;
     playedFrame = outputStartFrame + frames;
     const bool isFirst = !std::exchange(hasProgressed, true);
-    if (isFirst || std::abs(playedFrame - frame()) <= maxDrift)
+    if (isFirst || std::abs(playedFrame - playhead()) <= maxDrift)
         syncTimeline(playedFrame);
     else
         QMetaObject::invokeMethod(output.get(), &AudioOutput::reopen, Qt::QueuedConnection);
@@ -204,10 +204,10 @@ void SoundPlayer::outputProgressed(qint64 frames, std::chrono::nanoseconds age)
 
 void SoundPlayer::finish()
 {
-    state = State::Tail;
+    state = State::Draining;
     position = 0;
     output->finish();
-    processTimer.start(tailTimeout);
+    processTimer.start(drainTimeout);
     if (delegate)
         delegate->audioPlayerDidFinishPlaying(*this, !buffer.isDamaged());
 }

@@ -43,11 +43,11 @@ private:
         Stopped,
         Starting, // waiting for the output: the timeline stands at 0
         Playing,
-        Tail, // finished: the output is still open
+        Draining, // finished: the output is still open
     };
 
-    qint64 frame() const;
-    void syncTimeline(qint64 now);
+    qint64 playhead() const;
+    void syncTimeline(qint64 frame);
     void openOutput();
     void process();
     void awaitStart();
@@ -71,7 +71,7 @@ private:
     QElapsedTimer anchorTimer;
 
     qint64 outputStartFrame = 0; // the first frame that the output was given
-    qint64 nextFrame = 0;        // the next one to give it
+    qint64 writeFrame = 0;       // the next one to give it
     qint64 playedFrame = 0;      // the frame that it last reported
     bool hasProgressed = false;  // since it opened
 };

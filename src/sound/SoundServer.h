@@ -9,7 +9,7 @@
 
 struct pa_context;
 
-/// The connection to the user's sound server (PulseAudio, or PipeWire in its stead), one for all players.
+/// The connection to the user's sound server (PulseAudio, or that of PipeWire), one for all players.
 ///
 /// It is made when the first sound is to be played, and then kept. While anything is playing, a connection
 /// that fails, or over which nothing is answered for three seconds, is dropped; another one is tried after
