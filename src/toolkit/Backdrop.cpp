@@ -74,8 +74,10 @@ void Backdrop::close()
 
 bool Backdrop::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == panel ? event->type() == QEvent::LayoutRequest
-                         : event->type() == QEvent::Resize || event->type() == QEvent::Move)
+    const QEvent::Type type = event->type();
+    const bool panelChanged = watched == panel && type == QEvent::LayoutRequest;
+    const bool windowChanged = watched != panel && (type == QEvent::Resize || type == QEvent::Move);
+    if (panelChanged || windowChanged)
         placePanel();
     return false;
 }
@@ -145,7 +147,7 @@ void Backdrop::replacePanelByPicture()
 void Backdrop::unlockWindow()
 {
     hide();
-    const bool isTop = isEnabled();
+    const bool isTop = isEnabled(); // the others are locked, as the window is
     const auto backdrops = parentWidget()->findChildren<Backdrop *>(Qt::FindDirectChildrenOnly);
     const auto below = std::find_if(backdrops.rbegin(), backdrops.rend(),
                                     [](const Backdrop *other) { return !other->isHidden(); });

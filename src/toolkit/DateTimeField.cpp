@@ -25,7 +25,7 @@ void DateTimeField::keyPressEvent(QKeyEvent *event)
     const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
     if (typed.isDigit())
         typeDigit(typed.digitValue());
-    else if (const bool isPassedSeparator = typed.isPrint() && isSectionSelected(); !isPassedSeparator)
+    else if (!typed.isPrint() || !isSectionSelected()) // a typed separator has been passed already
         QDateTimeEdit::keyPressEvent(event);
 }
 

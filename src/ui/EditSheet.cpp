@@ -36,7 +36,6 @@ void EditSheet::addButtons(Purpose purpose)
     const bool isNew = purpose == Purpose::add;
     QPushButton *saveButton =
         addButton(isNew ? u"plus"_s : u"square.and.pencil"_s, isNew ? tr("Add") : tr("Modify"));
-    saveButton->setDefault(true);
     connect(saveButton, &QPushButton::clicked, this, &EditSheet::save);
     connect(addButton(u"xmark"_s, tr("Close")), &QPushButton::clicked, this, &EditSheet::reject);
 }
