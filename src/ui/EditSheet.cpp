@@ -42,9 +42,7 @@ void EditSheet::addButtons(Purpose purpose)
 
 QString EditSheet::title() const
 {
-    const QString text = titleField->text();
-    const bool isTruncated = text.size() == titleField->maxLength() && originalTitle.startsWith(text);
-    return isTruncated ? originalTitle : text;
+    return titleField->isModified() ? titleField->text() : originalTitle;
 }
 
 void EditSheet::setTitle(const QString &text)

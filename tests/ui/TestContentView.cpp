@@ -79,6 +79,7 @@ private Q_SLOTS:
             QTRY_COMPARE(buttons(window), editButtons.arg(u"square"_s));
             QCOMPARE(selectAll(), checked[i]);
             QCOMPARE(buttons(window), editButtons.arg(u"checkmark.square"_s));
+            QTRY_VERIFY(control<QAbstractButton>(window.card(u"a"_s), u"Select"_s)->isChecked());
         }
         window.chooseScreen(u"Plan"_s, Qt::ControlModifier); // now none is the current one
         QTRY_COMPARE(buttons(window), editButtons.arg(QString()));
@@ -153,14 +154,14 @@ private Q_SLOTS:
         QCoreApplication::sendEvent(window.toolBar(), &menu);
         QVERIFY(!QApplication::activePopupWidget()); // in which the toolbar could be hidden
 
+        // A new second needs no new layout.
+        QCOMPARE(window.clockLabel()->minimumSize(), window.clockLabel()->maximumSize());
         QFont large = window.view.font();
         large.setPointSize(26);
         window.view.setFont(large);
         QTRY_COMPARE(buttons(window), editButtons.arg(u"square"_s)); // none hidden for want of room
         QVERIFY(window.toolBar()->font().pointSize() >= 13);
         QVERIFY(window.clockLabel()->height() >= QFontMetrics(large).height());
-        // A new second needs no new layout.
-        QCOMPARE(window.clockLabel()->minimumSize(), window.clockLabel()->maximumSize());
         for (const QPalette &colors : {QPalette(Qt::white), QPalette(Qt::black)}) {
             window.view.setPalette(colors);
             const auto color = [&window](int row) {
@@ -209,6 +210,29 @@ private Q_SLOTS:
         QTRY_VERIFY(control<CardGrid>(&window.view, u"Plan"_s) && window.list()->item(0)->isSelected());
     }
 
+    void selectedRow_showsItsTextBesideItsIcon()
+    {
+        MainWindow window;
+        window.open();
+        for (const Qt::LayoutDirection direction : {Qt::RightToLeft, Qt::LeftToRight}) {
+            window.view.setLayoutDirection(direction);
+            const QRect row = window.list()->visualItemRect(window.list()->item(0)).adjusted(9, 6, -9, -6);
+            const QImage picture = window.list()->viewport()->grab(row).toImage();
+            QSet<QRgb> colors;
+            QList<int> painted;
+            for (int x = 0; x < picture.width(); ++x) {
+                for (int y = 0; y < picture.height(); ++y) {
+                    colors << picture.pixel(x, y);
+                    if (picture.pixel(x, y) != picture.pixel(0, 0))
+                        painted << x;
+                }
+            }
+            QVERIFY(colors.contains(window.view.palette().color(QPalette::Window).rgb()));
+            const int textWidth = window.list()->fontMetrics().horizontalAdvance(u"Plan"_s);
+            QVERIFY(painted.last() - painted.first() >= 16 + textWidth);
+        }
+    }
+
     void timetable_goesOnUnderEditorsAndAlerts_whichComeAgain()
     {
         MainWindow window;
@@ -235,15 +259,23 @@ private Q_SLOTS:
         const Plan a = window.planStore.plans->first();
         window.planStore.togglePlaying(a);
         window.avPlayer.play(a.content, false);
-        window.open(true);
-        QStringList visited;
-        do {
-            visited << QAccessible::queryAccessibleInterface(QApplication::focusWidget())
-                           ->text(QAccessible::Name);
-            press(Qt::Key_Tab);
-        } while (!window.list()->hasFocus() && visited.size() < 20);
-        QCOMPARE(visited.join(u'|'), u"Screens|Plan|Edit|Stop|Select|Edit|Play|Select|Toggle Sidebar|"
-                                     "Delete|Select All|Add Plan|Add Holiday|Finish"_s);
+        window.open();
+        const auto visited = [&window] {
+            QStringList names;
+            do {
+                names << QAccessible::queryAccessibleInterface(QApplication::focusWidget())
+                             ->text(QAccessible::Name);
+                press(Qt::Key_Tab);
+            } while (!window.list()->hasFocus() && names.size() < 20);
+            return names.join(u'|');
+        };
+        QCOMPARE(visited(), u"Screens|Plan|Stop|Toggle Sidebar|Edit"_s);
+        press(Qt::Key_E, Qt::ControlModifier);
+        QTRY_VERIFY(control(window.toolBar(), u"Finish"_s));
+        const QString buttons = u"Toggle Sidebar|Delete|Select All|Add Plan|Add Holiday|Finish"_s;
+        QCOMPARE(visited(), u"Screens|Plan|Edit|Stop|Select|Edit|Play|Select|"_s + buttons);
+        window.chooseScreen(u"Holiday"_s);
+        QCOMPARE(visited(), u"Screens|Holiday|Edit|Select|Edit|Select|"_s + buttons);
     }
 };
 
