@@ -206,8 +206,12 @@ private Q_SLOTS:
         }
         press(Qt::Key_Home);
         QVERIFY(isFramed(screen, 0));
+        window.appStore.selection = QSet{NavigationItem::planView, NavigationItem::holidayView};
+        QTRY_COMPARE(window.list()->selectedItems().size(), 2);
+        QVERIFY(screen->isVisible());
         window.appStore.selection = QSet{NavigationItem::planView};
-        QTRY_VERIFY(control<CardGrid>(&window.view, u"Plan"_s) && window.list()->item(0)->isSelected());
+        QTRY_VERIFY(control<CardGrid>(&window.view, u"Plan"_s));
+        QCOMPARE(window.list()->selectedItems(), {window.list()->item(0)});
     }
 
     void selectedRow_showsItsTextBesideItsIcon()
