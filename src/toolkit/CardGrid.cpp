@@ -219,6 +219,8 @@ GridGeometry CardGrid::layOut(int count)
         verticalScrollBar()->setPageStep(visible);
         verticalScrollBar()->setSingleStep(2 * Style::hitSize);
         verticalScrollBar()->setRange(0, std::max(0, made.height() - visible));
+        // By itself Qt shows or hides the bar later, and that resize would end a transition.
+        setVerticalScrollBarPolicy(made.height() > visible ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     }
     return made;
 }
