@@ -84,7 +84,7 @@ private Q_SLOTS:
             qputenv(name, QFile::encodeName(folder.path()));
         qputenv("XDG_DATA_DIRS", BELFRY_INSTALLED "/share");
         start(sessionBus, "DBUS_SESSION_BUS_ADDRESS", u"unix:path="_s);
-        start(systemBus, "DBUS_SYSTEM_BUS_ADDRESS", u"unix:abstract="_s);
+        start(systemBus, "DBUS_SYSTEM_BUS_ADDRESS", u"unix:abstract=system"_s);
     }
 
     // Nothing that one case leaves behind spoils the next.
