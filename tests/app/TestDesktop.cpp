@@ -136,7 +136,7 @@ private Q_SLOTS:
         QVERIFY(first.work({u"leave"_s}) && call("Open", {QStringList()}));
         // With the file panel over it.
         QVERIFY(first.work({u"raised|Open"_s, u"click|Edit"_s, u"click|Edit|Sample chime"_s,
-                            u"click|Choose File"_s, u"leave"_s}));
+                            u"click|Choose File"_s, u"see|Look in:"_s, u"leave"_s}));
         QVERIFY(call("ActivateAction", {QString(), QVariantList()}));
         QVERIFY(first.work({u"raised|ActivateAction"_s}));
 
