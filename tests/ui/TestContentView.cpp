@@ -10,9 +10,9 @@ namespace {
 
 const QStringList screens{u"Plan"_s, u"Holiday"_s, u"History"_s};
 
-// The buttons in edit mode, each with the name of its icon; %1 is that of "Select All".
-const QString editButtons = u"Toggle Sidebar sidebar.left|Delete trash|Select All %1|Add Plan plus|"
-                            "Add Holiday plus|Finish checkmark"_s;
+// The buttons in edit mode, the names of their icons first; %1 is that of "Select All".
+const QString editButtons = u"sidebar.left|trash Delete|%1 Select All|plus Add Plan|plus Add Holiday|"
+                            "checkmark Finish"_s;
 
 // The buttons that are shown, in their order.
 QString buttons(const MainWindow &window)
@@ -20,7 +20,9 @@ QString buttons(const MainWindow &window)
     QStringList shown;
     for (const QToolButton *button : window.toolBar()->findChildren<QToolButton *>()) {
         if (button->isVisible())
-            shown << button->text() + u' ' + button->icon().name();
+            shown << button->icon().name();
+        if (button->isVisible() && button->toolButtonStyle() == Qt::ToolButtonTextBesideIcon)
+            shown.last() += u' ' + button->text();
     }
     return shown.join(u'|');
 }
@@ -62,7 +64,7 @@ private Q_SLOTS:
         MainWindow window;
         addToAllLists(window, u"ab"_s);
         window.open();
-        QCOMPARE(buttons(window), u"Toggle Sidebar sidebar.left|Edit square.and.pencil"_s);
+        QCOMPARE(buttons(window), u"sidebar.left|square.and.pencil Edit"_s);
         QVERIFY(click(window.toolBar(), u"Edit"_s));
         const auto selectAll = [&window] {
             click(window.toolBar(), u"Select All"_s);
@@ -141,6 +143,7 @@ private Q_SLOTS:
         MainWindow window;
         addToAllLists(window, u"abcdefghij"_s); // so many that the pages scroll
         window.open(true);
+        QCOMPARE(window.view.windowTitle(), u"Belfry — Quillmoss"_s);
         const QRect screenArea = window.view.screen()->geometry();
         QVERIFY(screenArea.width() < 960);
         QCOMPARE(window.view.x(), screenArea.x());
@@ -150,6 +153,8 @@ private Q_SLOTS:
         window.view.resize(100, 100);
         QTRY_COMPARE(window.view.size(), QSize(960, 488));
         QCOMPARE(window.clockLabel()->parentWidget()->width(), 120);
+        QVERIFY(!window.toolBar()->isMovable());
+        QVERIFY(control(window.toolBar(), u"Finish"_s)->geometry().right() > 940);
         QContextMenuEvent menu(QContextMenuEvent::Mouse, {5, 5}, {5, 5});
         QCoreApplication::sendEvent(window.toolBar(), &menu);
         QVERIFY(!QApplication::activePopupWidget()); // in which the toolbar could be hidden

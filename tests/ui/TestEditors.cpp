@@ -46,6 +46,7 @@ private Q_SLOTS:
         QVERIFY(type(editor, u"Music:"_s, u"/music/b.mp3"_s));
         window.clock.advance(3'600'000);
         auto *add = control<QAbstractButton>(editor, u"Add"_s);
+        QCOMPARE(editor->windowTitle() + u' ' + add->icon().name(), u"Add Plan plus"_s);
         const LogCapture log;
         window.base.run(u"alter table plan rename to elsewhere"_s);
         add->click();
@@ -78,6 +79,7 @@ private Q_SLOTS:
         Plan expected = window.addPlan(u"Evening"_s, u"18:00"_s, u"18:30"_s, u"6"_s);
         for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
             const auto editor = openEditor(window, u"Edit"_s);
+            QCOMPARE(editor->windowTitle(), u"Modify"_s);
             QTest::keyClicks(QApplication::focusWidget(), u"Night"_s); // the title is selected
             for (const auto &choice : {u"Sun"_s, u"Sat"_s, u"Yes"_s})
                 QVERIFY(click(editor, choice));
