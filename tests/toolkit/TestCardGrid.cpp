@@ -3,6 +3,7 @@
 #include "toolkit/CardGrid.h"
 #include "toolkit/ElidedLabel.h"
 #include "toolkit/IconButton.h"
+#include "toolkit/TextRow.h"
 
 #include <QAccessible>
 #include <QGraphicsEffect>
@@ -29,11 +30,14 @@ public:
     {
         play->setSymbol(u"play"_s, u"Play"_s);
         select->setSymbols(u"square"_s, u"checkmark.square"_s, u"Select"_s);
+        addText(Qt::white);
+        addText(Qt::white);
+        addLine(days);
     }
 
     IconButton *play = addButton();
     IconButton *select = addButton();
-    QList<ElidedLabel *> lines{addText(Qt::white), addText(Qt::white), addText(Qt::white)};
+    TextRow *days = new TextRow({u"Mon"_s});
 };
 
 } // namespace
@@ -161,8 +165,9 @@ private Q_SLOTS:
         QFont large = usual;
         large.setPointSize(24);
         window->setFont(large);
-        const ElidedLabel *last = item(0)->lines.last();
+        const TextRow *last = item(0)->days;
         QTRY_COMPARE(last->height(), QFontMetrics(large).height());
+        QCOMPARE(last->findChild<ElidedLabel *>()->font().pointSize(), 24);
         QTRY_VERIFY(item(0)->height() >= last->geometry().bottom() + 12);
         window->setFont(usual);
         QTRY_COMPARE(item(5)->height(), usualHeight);
@@ -282,6 +287,7 @@ private Q_SLOTS:
         QCOMPARE(card->text(QAccessible::Name), u"0"_s);
         QAccessibleInterface *select = QAccessible::queryAccessibleInterface(item(0)->select);
         QCOMPARE(select->role(), QAccessible::CheckBox);
+        QCOMPARE(item(0)->select->toolTip(), u"Select"_s);
         const QSignalSpy clicks(item(0)->select, &IconButton::clicked);
         select->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
         QCOMPARE(clicks.size(), 1);
@@ -289,6 +295,9 @@ private Q_SLOTS:
         records[0].isChecked = true;
         grid->refresh();
         QVERIFY(select->state().checked && select->state().focusable);
+        item(0)->setTitle(u"<b>"_s);
+        auto *title = item(0)->findChild<ElidedLabel *>();
+        QCOMPARE(QAccessible::queryAccessibleInterface(title)->text(QAccessible::Name), item(0)->title());
     }
 };
 

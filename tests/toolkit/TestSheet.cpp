@@ -3,6 +3,7 @@
 #include "support/LogCapture.h"
 #include "toolkit/Alert.h"
 #include "toolkit/FocusRing.h"
+#include "toolkit/LinearProgress.h"
 #include "toolkit/SegmentedChoice.h"
 #include "toolkit/Sheet.h"
 #include "toolkit/Style.h"
@@ -160,6 +161,15 @@ private Q_SLOTS:
         QVERIFY(isFramed());
         QTest::mouseClick(behind, Qt::LeftButton);
         QVERIFY(!isFramed());
+    }
+
+    void progress_isEmptyWhereTheTotalIsUnknown()
+    {
+        LinearProgress progress;
+        for (const double total : {2.0, 0.0}) {
+            progress.setProgress(1, total);
+            QCOMPARE(progress.value(), total > 0 ? progress.maximum() / 2 : 0);
+        }
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
