@@ -1,20 +1,25 @@
+#include "platform/ObservableObject.h"
 #include "support/AnimationClock.h"
 #include "support/Controls.h"
 #include "support/LogCapture.h"
 #include "toolkit/Alert.h"
+#include "toolkit/ElidedLabel.h"
 #include "toolkit/FocusRing.h"
 #include "toolkit/LinearProgress.h"
+#include "toolkit/Refresher.h"
 #include "toolkit/SegmentedChoice.h"
 #include "toolkit/Sheet.h"
 #include "toolkit/Style.h"
 #include "toolkit/Symbol.h"
 
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QToolBar>
+#include <QToolTip>
 
 using namespace Qt::StringLiterals;
 
@@ -170,6 +175,30 @@ private Q_SLOTS:
             progress.setProgress(1, total);
             QCOMPARE(progress.value(), total > 0 ? progress.maximum() / 2 : 0);
         }
+    }
+
+    void elidedText_isInTheToolTip()
+    {
+        ElidedLabel label;
+        label.setText(u"this & that"_s);
+        for (const int width : {500, 10}) {
+            label.resize(width, 20);
+            QHelpEvent help(QEvent::ToolTip, {}, {});
+            QCoreApplication::sendEvent(&label, &help);
+            QCOMPARE(QToolTip::text().contains(u"this &amp; that"_s), label.isElided());
+        }
+    }
+
+    void changes_areShownTogether()
+    {
+        ObservableObject object;
+        int calls = 0;
+        const Refresher refresher([&calls] { ++calls; }, {&object}, nullptr);
+        for (int change = 0; change < 2; ++change)
+            Q_EMIT object.objectWillChange();
+        QCOMPARE(calls, 0);
+        QTRY_VERIFY(calls);
+        QCOMPARE(calls, 1);
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
