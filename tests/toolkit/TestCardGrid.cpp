@@ -197,6 +197,7 @@ private Q_SLOTS:
         const QRect second = item(1)->geometry();
         const QPoint inFirst = first.topLeft() + QPoint(60, 4);
         const int opaque = darkness(inFirst);
+        QVERIFY(darkness(first.bottomLeft() + QPoint(60, 8)) > 0); // the shadow
         records.prepend({u"new"_s});
         records.move(50, 2);
         grid->refresh();
