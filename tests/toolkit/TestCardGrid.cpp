@@ -178,8 +178,11 @@ private Q_SLOTS:
         AnimationClock clock;
         open(300, true);
         const auto createdAtFirst = created();
+        const QPoint inFirst = item(0)->pos() + QPoint(60, 4);
+        QVERIFY(darkness(inFirst) < 200);
         clock.advance(799);
         QVERIFY(grid->viewport()->graphicsEffect());
+        QVERIFY(darkness(inFirst) > 200);
         clock.advance(1);
         QVERIFY(!grid->viewport()->graphicsEffect());
         QVERIFY(created() > createdAtFirst); // those that are only near the view can wait until then
