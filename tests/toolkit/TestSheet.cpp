@@ -1,4 +1,3 @@
-#include "platform/ObservableObject.h"
 #include "support/AnimationClock.h"
 #include "support/Controls.h"
 #include "support/LogCapture.h"
@@ -6,7 +5,6 @@
 #include "toolkit/ElidedLabel.h"
 #include "toolkit/FocusRing.h"
 #include "toolkit/LinearProgress.h"
-#include "toolkit/Refresher.h"
 #include "toolkit/SegmentedChoice.h"
 #include "toolkit/Sheet.h"
 #include "toolkit/Style.h"
@@ -187,18 +185,6 @@ private Q_SLOTS:
             QCoreApplication::sendEvent(&label, &help);
             QCOMPARE(QToolTip::text().contains(u"this &amp; that"_s), label.isElided());
         }
-    }
-
-    void changes_areShownTogether()
-    {
-        ObservableObject object;
-        int calls = 0;
-        const Refresher refresher([&calls] { ++calls; }, {&object}, nullptr);
-        for (int change = 0; change < 2; ++change)
-            Q_EMIT object.objectWillChange();
-        QCOMPARE(calls, 0);
-        QTRY_VERIFY(calls);
-        QCOMPARE(calls, 1);
     }
 
     void symbols_areTintedAndSharpAtAnyRatio_orEmptyAndLoggedOnce()
