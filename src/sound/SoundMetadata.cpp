@@ -81,7 +81,7 @@ qint64 commentsMarkLength(std::string_view packet)
     if (packet.starts_with("\3vorbis"))
         return 7;
     const bool isFlac = (quint8(packet.front()) & ~flacLastBlock) == flacComments;
-    return isFlac ? 4 : 0; // none in Speex
+    return isFlac ? 4 : 0; // Speex has none
 }
 
 // How many comments the stream of the page at `page` has, if that is its second page, else 0. There they

@@ -24,7 +24,7 @@ constexpr auto maxTimingAge = 100ms;
 constexpr auto pollInterval = 500ms;
 constexpr auto startupPollInterval = 50ms;
 // The server's playback position is a little uncertain: the output stays open for a while after the end.
-constexpr auto drainTimeout = 1s;
+constexpr auto closeDelay = 1s;
 
 } // namespace
 
@@ -46,7 +46,7 @@ bool SoundPlayer::isPlaying() const
 
 double SoundPlayer::currentTime() const
 {
-    if (state == State::Stopped || state == State::Draining)
+    if (state == State::Stopped || state == State::Finished)
         return position;
     return isPlaying() ? buffer.position(playhead()) : 0;
 }
@@ -128,7 +128,7 @@ void SoundPlayer::openOutput()
 
 void SoundPlayer::process()
 {
-    if (state == State::Draining)
+    if (state == State::Finished)
         return output.reset();
     if (buffer.decodedEnd() < playhead() + decodeAhead)
         buffer.decode();
@@ -204,10 +204,10 @@ void SoundPlayer::outputProgressed(qint64 frames, std::chrono::nanoseconds age)
 
 void SoundPlayer::finish()
 {
-    state = State::Draining;
+    state = State::Finished;
     position = 0;
     output->finish();
-    processTimer.start(drainTimeout);
+    processTimer.start(closeDelay);
     if (delegate)
         delegate->audioPlayerDidFinishPlaying(*this, !buffer.isDamaged());
 }

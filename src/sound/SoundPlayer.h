@@ -43,7 +43,7 @@ private:
         Stopped,
         Starting, // waiting for the output: the timeline stands at 0
         Playing,
-        Draining, // finished: the output is still open
+        Finished, // the output is still open
     };
 
     qint64 playhead() const;
@@ -66,7 +66,8 @@ private:
     int loops = 0;
     double position = 0; // in seconds, where the next playback begins
 
-    // The timeline while Playing: `anchorFrame` was being heard when `anchorTimer` started.
+    // The timeline while Playing: `anchorFrame` was being heard when `anchorTimer` started. While Starting
+    // `anchorTimer` measures the wait; if that times out, the time waited counts as played.
     qint64 anchorFrame = 0;
     QElapsedTimer anchorTimer;
 

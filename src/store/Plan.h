@@ -12,13 +12,13 @@ struct Plan
     bool isPlaying = false; ///< It is being played; in memory only.
     QString id;             ///< A UUID in upper case; never changes.
     QString title;
-    QString begin;       ///< "HH:mm"
-    QString end;         ///< "HH:mm"
-    QString music;       ///< File name of the audio file, as the card shows it.
-    QString content;     ///< What is played: the path of the audio file, or the name of a resource.
-    bool isLoop = false; ///< Whether the file is repeated.
-    bool isMusic = false;
-    bool week0 = false; ///< Sunday
+    QString begin;        ///< "HH:mm"
+    QString end;          ///< "HH:mm"
+    QString music;        ///< File name of the audio file, as the card shows it.
+    QString content;      ///< What is played: the path of the audio file, or the name of a resource.
+    bool isLoop = false;  ///< Whether the file is repeated.
+    bool isMusic = false; ///< Only chooses the label and the icon of the file in the editor.
+    bool week0 = false;   ///< Sunday
     bool week1 = false;
     bool week2 = false;
     bool week3 = false;

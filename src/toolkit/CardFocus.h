@@ -22,7 +22,8 @@ public:
     /// False when there is none: the focus is to leave the cards.
     bool moveOn(bool next);
 
-    /// Moves the focus from the grid, which it has just reached from behind, to the last control in view.
+    /// Moves the focus from the grid, which it has just reached from behind, to the last control in view
+    /// or in the row below it, which is scrolled into view.
     void enterBackwards();
 
 private:

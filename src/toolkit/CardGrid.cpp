@@ -47,7 +47,7 @@ int CardGrid::firstInView() const
 
 int CardGrid::lastNearView() const
 {
-    return geometry.rowsBetween(top(), top() + viewport()->height()).last - 1;
+    return geometry.cardsBetween(top(), top() + viewport()->height()).end - 1;
 }
 
 void CardGrid::refresh()
@@ -242,8 +242,8 @@ void CardGrid::populate(const Snapshot *before)
 {
     // The first frame need not wait for more than it shows.
     const int margin = transition.isTilting() ? 0 : prefetchMargin;
-    const auto [first, last] = geometry.rowsBetween(top() - margin, top() + viewport()->height() + margin);
-    for (Card *card : pool.keep(first, ids.mid(first, last - first)))
+    const auto [first, end] = geometry.cardsBetween(top() - margin, top() + viewport()->height() + margin);
+    for (Card *card : pool.keep(first, ids.mid(first, end - first)))
         release(card, before);
     for (const int index : pool.addMissing()) {
         if (before)

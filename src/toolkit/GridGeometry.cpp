@@ -44,7 +44,7 @@ int GridGeometry::firstAt(int y) const
     return std::clamp(int(row) * columns, 0, std::max(0, count - 1));
 }
 
-GridGeometry::Range GridGeometry::rowsBetween(int top, int bottom) const
+GridGeometry::Range GridGeometry::cardsBetween(int top, int bottom) const
 {
     const auto before = std::upper_bound(tops.begin(), tops.end(), top) - tops.begin();
     const auto after = std::lower_bound(tops.begin(), tops.end(), bottom) - tops.begin();

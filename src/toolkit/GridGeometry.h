@@ -10,11 +10,11 @@
 class GridGeometry final
 {
 public:
-    /// A run of cards: from `first` up to, but without, `last`.
+    /// A run of cards: from `first` up to, but without, `end`.
     struct Range
     {
         int first = 0;
-        int last = 0;
+        int end = 0;
         bool operator==(const Range &) const = default;
     };
 
@@ -34,7 +34,7 @@ public:
     int firstAt(int y) const;
 
     /// The cards of the rows from `top` to `bottom`, and of one row more on either side.
-    Range rowsBetween(int top, int bottom) const;
+    Range cardsBetween(int top, int bottom) const;
 
     bool operator==(const GridGeometry &) const = default;
 

@@ -56,7 +56,7 @@ void ModalPanel::open()
 
 void ModalPanel::done(int result)
 {
-    if (!isEnabled())
+    if (!isEnabled()) // it has been closed already, or lies under another panel
         return;
     backdrop->close();
     setEnabled(false);

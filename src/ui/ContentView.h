@@ -60,6 +60,7 @@ private:
     QPointer<QDialog> planEdit;
     QPointer<QDialog> holidayEdit;
 
+    // Whether "Select All" has last selected or deselected everything on that screen.
     bool isPlanChecked = false;
     bool isHolidayChecked = false;
     bool isHistoryChecked = false;
