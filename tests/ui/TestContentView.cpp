@@ -280,7 +280,7 @@ private Q_SLOTS:
         };
         QCOMPARE(visited(), u"Screens|Plan|Stop|Toggle Sidebar|Edit"_s);
         press(Qt::Key_E, Qt::ControlModifier);
-        QTRY_VERIFY(control(window.toolBar(), u"Finish"_s));
+        QTRY_VERIFY(control(window.toolBar(), u"Delete"_s));
         const QString buttons = u"Toggle Sidebar|Delete|Select All|Add Plan|Add Holiday|Finish"_s;
         QCOMPARE(visited(), u"Screens|Plan|Edit|Stop|Select|Edit|Play|Select|"_s + buttons);
         window.chooseScreen(u"Holiday"_s);
