@@ -79,7 +79,7 @@ function(belfry_test file)
     target_compile_options(${name} PRIVATE -fPIC)
     belfry_precompiled_headers(${name})
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;TZ=Europe/Berlin;LC_ALL=C.UTF-8;PULSE_SERVER=unix:/nonexistent/belfry-test;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:")
 endfunction()
 

@@ -38,8 +38,11 @@ private Q_SLOTS:
             belfry.launch();
             belfry.tell(lines);
             const auto last = round == 0 ? 0 : QRandomGenerator::global()->bounded(lines.size() + 1);
-            QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(belfry.documents) && belfry.executed.size() >= last,
-                                     30000);
+            const auto isReached = [&] {
+                return QFile::exists(belfry.documents) && belfry.executed.size() >= last;
+            };
+            QVERIFY2(QTest::qWaitFor(isReached, 60000),
+                     (belfry.executed.join(QString()).toUtf8() + belfry.readAllStandardError()).constData());
             QThread::usleep(QRandomGenerator::global()->bounded(30'000));
             belfry.crash();
             const auto next = stored.upper_bound(belfry.executed.size());

@@ -92,13 +92,13 @@ public:
             write(line.replace(u'|', u'\t').toUtf8() + '\n');
     }
 
-    /// Has UiDriver execute lines and waits for it. False after half a minute, or when the program has ended.
+    /// Has UiDriver execute lines and waits for it. False after a minute, or when the program has ended.
     bool work(const QStringList &lines)
     {
         const qsizetype all = executed.size() + lines.size();
         tell(lines);
         const auto isOver = [&] { return executed.size() == all || state() == NotRunning; };
-        return QTest::qWaitFor(isOver, 30000) && executed.size() == all;
+        return QTest::qWaitFor(isOver, 60000) && executed.size() == all;
     }
 
     /// The exit code, once the program has ended; -1 when it does not end or has crashed.
