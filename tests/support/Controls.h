@@ -30,6 +30,15 @@ inline bool click(const QWidget *root, const QString &name)
     return true;
 }
 
+/// Sends the characters as key presses, as a keyboard of any script does.
+inline void typeKeys(QWidget *widget, const QString &text)
+{
+    for (const QChar &key : text) {
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, key);
+        QCoreApplication::sendEvent(widget, &press);
+    }
+}
+
 /// Replaces the text in the line of that name. False when there is none.
 inline bool type(const QWidget *root, const QString &name, const QString &text)
 {
@@ -39,17 +48,8 @@ inline bool type(const QWidget *root, const QString &name, const QString &text)
     widget->setFocus();
     QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(widget, Qt::Key_Delete);
-    QTest::keyClicks(widget, text);
+    typeKeys(widget, text);
     return true;
-}
-
-/// Sends the characters as key presses, as a keyboard of any script does.
-inline void typeKeys(QWidget *widget, const QString &text)
-{
-    for (const QChar &key : text) {
-        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, key);
-        QCoreApplication::sendEvent(widget, &press);
-    }
 }
 
 /// Types into the date or the time field of that name, from its beginning. False when there is none.

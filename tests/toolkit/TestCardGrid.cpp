@@ -68,7 +68,7 @@ private:
 
     Item *item(int id) const { return static_cast<Item *>(grid->card(QString::number(id))); }
     QScrollBar *bar() const { return grid->verticalScrollBar(); }
-    qsizetype created() const { return grid->findChildren<Item *>().size(); }
+    qsizetype created() const { return grid->findChildren<Card *>().size(); }
 
     // How much darker than an empty page the screen is at a point of the view.
     int darkness(const QPoint &point) const
@@ -116,7 +116,7 @@ private Q_SLOTS:
         ids.move(9990, 9998);
         grid->refresh();
         QStringList shown;
-        for (const Item *card : grid->findChildren<Item *>()) {
+        for (const Card *card : grid->findChildren<Card *>()) {
             if (card->isVisible())
                 shown << card->title();
         }
