@@ -127,9 +127,15 @@ void Sidebar::updateColors()
     separator->setPalette(colors);
 }
 
-// Of a fixed size, so that a new second is painted without a new layout of the window.
+// Of a fixed size, so that a new second is painted without a new layout of the window. In a font that is too
+// wide for the column it is smaller.
 void Sidebar::updateClockSize()
 {
+    const auto fits = [this](qreal scale) {
+        const QFontMetrics metrics(Style::scaled(font(), scale));
+        return metrics.horizontalAdvance(u"00:00:00"_s) + 2 * Style::inset <= columnWidth;
+    };
+    clockLabel->setFont(Style::scaled(font(), Style::fittingScale(0.5, fits)));
     clockLabel->setFixedSize(columnWidth, clockLabel->fontMetrics().height() + 2 * Style::inset);
 }
 

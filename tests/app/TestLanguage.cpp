@@ -80,7 +80,6 @@ private Q_SLOTS:
             return button->isVisible() || button->text().isEmpty();
         };
         QTRY_VERIFY(std::all_of(buttons.begin(), buttons.end(), isShown));
-        QVERIFY(window.list()->sizeHintForColumn(0) <= window.list()->viewport()->width());
         QCOMPARE(cut(window.view), QStringList());
         for (const auto *label : window.card(u"1"_s)->findChildren<ElidedLabel *>())
             QVERIFY(label->font().pointSizeF() >= window.view.font().pointSizeF() * 0.8);
